@@ -1,0 +1,56 @@
+#pragma once
+
+// The user interface of the process the export runs in: message boxes, the save dialog and the
+// session log. The library never touches a terminal or a window itself; the host (or the
+// kalmor command) installs an implementation.
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kalmor {
+
+struct SaveFileDialogSettings {
+  std::string defaultExtension;  // without the dot
+  std::string initialFileName;
+  std::string filter;  // description and pattern pairs separated by '|', as given
+  unsigned flags = 0;
+};
+
+class UserInterface {
+ public:
+  virtual ~UserInterface() = default;
+  // A modal message with an OK button (style 0).
+  virtual void MessageBox(std::string_view caption, std::string_view text, unsigned style) = 0;
+  // The chosen full path, or nothing when the user cancelled.
+  virtual std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings& settings) = 0;
+  // Appends to the application's session log; false when no log is open.
+  virtual bool AppendToSessionLog(std::string_view text) = 0;
+};
+
+// A user interface that shows nothing: messages are dropped, dialogs are cancelled.
+class SilentUserInterface final : public UserInterface {
+ public:
+  void MessageBox(std::string_view, std::string_view, unsigned) override {}
+  std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings&) override {
+    return std::nullopt;
+  }
+  bool AppendToSessionLog(std::string_view) override { return false; }
+};
+
+// The process-wide user interface (a silent one until something is installed).
+UserInterface& CurrentUserInterface();
+
+// Installs `ui` for the lifetime of this object, restoring the previous one afterwards.
+class ScopedUserInterface {
+ public:
+  explicit ScopedUserInterface(UserInterface& ui);
+  ~ScopedUserInterface();
+  ScopedUserInterface(const ScopedUserInterface&) = delete;
+  ScopedUserInterface& operator=(const ScopedUserInterface&) = delete;
+
+ private:
+  UserInterface* previous_;
+};
+
+}  // namespace kalmor
