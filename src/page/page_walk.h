@@ -6,8 +6,14 @@
 
 #include "dxf/byte_sink.h"
 #include "host/dbo.h"
+#include "page/page_context.h"
 
 namespace kalmor {
+
+// The page's mapping, computed as the walk computes it (the pin-to-pin scale factor is read
+// later, after the frame).
+PageContext OpenPageContext(ByteSink& out, DboState& state, const DboPage& page,
+                            const DboInstOccurrence* occurrence);
 
 // Writes every entity of `page` to `out` (the entities section is already open). Returns
 // `status` set to OK, whatever happened on the way.
