@@ -21,14 +21,6 @@ inline std::string DxfPage(std::string_view entities) {
   return std::string(kPageOpening) + std::string(entities) + " 0\nENDSEC\n 0\nEOF\n";
 }
 
-inline std::string WithCrLf(std::string_view lf) {
-  std::string out;
-  for (const char c : lf) {
-    out += c == '\n' ? "\r\n" : std::string(1, c);
-  }
-  return out;
-}
-
 // Renders `dxf` as NAME.dxf; with KALMOR_RENDER_OUT set, leaves the DXF and the SVG there.
 inline std::string RenderKept(const std::string& name, std::string_view dxf) {
   std::string svg = RenderDxfToSvg(dxf, name + ".dxf");
