@@ -327,7 +327,7 @@ void WriteLegend(std::string& out, const std::array<std::size_t, kDrawingLayers.
 }  // namespace
 
 std::string SvgNumber(double value) {
-  char buffer[64];
+  char buffer[400];  // the widest double in fixed notation
   const auto result =
       std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 4);
   std::string text(buffer, result.ptr);
