@@ -36,7 +36,7 @@ class ExportedSchematics {
 
 // Visits the pages of `view` unless its schematic was met before.
 void VisitView(const DboView& view, const DboInstOccurrence* occurrence, DboState& state,
-               ExportedSchematics& exported, const detail::DesignPageVisitor& visit) {
+               ExportedSchematics& exported, const DesignPageVisitor& visit) {
   std::string schematicName;
   view.GetName(schematicName, state);
   if (!exported.Add(schematicName)) {
@@ -64,9 +64,7 @@ std::string PageName(const DboPage& page) {
 
 }  // namespace
 
-namespace detail {
-
-void WalkDesignPages(const DboDesign& design, DboState& state, const DesignPageVisitor& visit) {
+void VisitDesignPages(const DboDesign& design, DboState& state, const DesignPageVisitor& visit) {
   ExportedSchematics exported;
 
   if (const std::unique_ptr<DboDesignOccurrencesIter> occurrences =
@@ -89,8 +87,6 @@ void WalkDesignPages(const DboDesign& design, DboState& state, const DesignPageV
     }
   }
 }
-
-}  // namespace detail
 
 SaveFileDialogSettings DxfSaveDialogSettings() {
   SaveFileDialogSettings settings;
@@ -115,13 +111,13 @@ void DesignToDXF(const DboDesign* design, std::string path, int32_t unused, int3
   int pageCount = 0;
   if (announce) {
     DboState countState;
-    detail::WalkDesignPages(
+    VisitDesignPages(
         *design, countState,
         [&](const DboPage&, const DboInstOccurrence*, const std::string&) { ++pageCount; });
   }
 
   int pageIndex = 0;
-  detail::WalkDesignPages(
+  VisitDesignPages(
       *design, state,
       [&](const DboPage& page, const DboInstOccurrence* occurrence,
           const std::string& schematicName) {

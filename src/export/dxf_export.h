@@ -33,16 +33,12 @@ void PageToDXF(const DboPage* page, const DboInstOccurrence* occurrence, std::st
 // What PageToDXF asks the save dialog for.
 SaveFileDialogSettings DxfSaveDialogSettings();
 
-namespace detail {
-
 using DesignPageVisitor = std::function<void(
     const DboPage& page, const DboInstOccurrence* occurrence, const std::string& schematicName)>;
 
 // Visits the pages a design export writes, in its order: the schematics reached through the
 // hierarchy first (with the occurrence that first reached each), then the remaining schematic
 // views (with no occurrence). Each schematic name is visited once; names compare exactly.
-void WalkDesignPages(const DboDesign& design, DboState& state, const DesignPageVisitor& visit);
-
-}  // namespace detail
+void VisitDesignPages(const DboDesign& design, DboState& state, const DesignPageVisitor& visit);
 
 }  // namespace kalmor
