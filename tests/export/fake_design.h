@@ -12,6 +12,18 @@
 
 namespace kalmor::testing {
 
+// Hands out the elements of a list in order, then null.
+template <typename T>
+class ListCursor {
+ public:
+  explicit ListCursor(const std::vector<std::unique_ptr<T>>& items) : items_(items) {}
+  const T* Next() { return next_ < items_.size() ? items_[next_++].get() : nullptr; }
+
+ private:
+  const std::vector<std::unique_ptr<T>>& items_;
+  std::size_t next_ = 0;
+};
+
 // A page with no objects and no visible frame: its file holds the skeleton alone.
 class FakePage final : public DboPage {
  public:
@@ -109,16 +121,11 @@ class FakeSchematic final : public DboSchematic {
     if (failPages_) {
       return nullptr;
     }
-    struct Pages : DboSchematicPagesIter {
-      const std::vector<std::unique_ptr<FakePage>>* pages;
-      std::size_t next = 0;
-      const DboPage* NextPage(DboState&) override {
-        return next < pages->size() ? (*pages)[next++].get() : nullptr;
-      }
+    struct Pages : DboSchematicPagesIter, ListCursor<FakePage> {
+      using ListCursor::ListCursor;
+      const DboPage* NextPage(DboState&) override { return Next(); }
     };
-    auto iter = std::make_unique<Pages>();
-    iter->pages = &pages_;
-    return iter;
+    return std::make_unique<Pages>(pages_);
   }
 
  private:
@@ -172,32 +179,22 @@ class FakeDesign final : public DboDesign {
     if (failViews_ || mode != 6) {
       return nullptr;
     }
-    struct Views : DboLibViewsIter {
-      const std::vector<std::unique_ptr<FakeSchematic>>* views;
-      std::size_t next = 0;
-      const DboView* NextView(DboState&) override {
-        return next < views->size() ? (*views)[next++].get() : nullptr;
-      }
+    struct Views : DboLibViewsIter, ListCursor<FakeSchematic> {
+      using ListCursor::ListCursor;
+      const DboView* NextView(DboState&) override { return Next(); }
     };
-    auto iter = std::make_unique<Views>();
-    iter->views = &schematics_;
-    return iter;
+    return std::make_unique<Views>(schematics_);
   }
 
   std::unique_ptr<DboDesignOccurrencesIter> NewOccurrencesIter(DboState&) const override {
     if (failOccurrences_) {
       return nullptr;
     }
-    struct Occurrences : DboDesignOccurrencesIter {
-      const std::vector<std::unique_ptr<FakeOccurrence>>* occurrences;
-      std::size_t next = 0;
-      const DboInstOccurrence* NextOccurrence(DboState&) override {
-        return next < occurrences->size() ? (*occurrences)[next++].get() : nullptr;
-      }
+    struct Occurrences : DboDesignOccurrencesIter, ListCursor<FakeOccurrence> {
+      using ListCursor::ListCursor;
+      const DboInstOccurrence* NextOccurrence(DboState&) override { return Next(); }
     };
-    auto iter = std::make_unique<Occurrences>();
-    iter->occurrences = &occurrences_;
-    return iter;
+    return std::make_unique<Occurrences>(occurrences_);
   }
 
  private:
