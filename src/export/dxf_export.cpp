@@ -157,6 +157,10 @@ void PageToDXF(const DboPage* page, const DboInstOccurrence* occurrence, std::st
     target = fileName;
   }
 
+  // The operating system would see a name cut at its first NUL: a different file.
+  if (target.find('\0') != std::string::npos) {
+    throw FileError(target, "the name holds a NUL character");
+  }
   OutputFile file(target);
   DxfWriteHeader(file);
   DxfWriteEntitiesOpen(file);

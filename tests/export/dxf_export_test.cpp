@@ -36,14 +36,20 @@ class RecordingUserInterface final : public UserInterface {
     std::string text;
     unsigned style;
     std::string watchedBytes;  // the watched file as it stood while the message was up
+    bool watchedHeld;          // whether another writer was refused the watched file then
   };
 
   void MessageBox(std::string_view caption, std::string_view text, unsigned style) override {
-    std::string bytes;
-    if (!watched.empty() && std::filesystem::exists(watched)) {
-      bytes = ReadFileBytes(watched);
+    Message message{std::string(caption), std::string(text), style, {}, false};
+    if (!watched.empty()) {
+      message.watchedBytes = ReadFileBytes(watched);
+      try {
+        OutputFile second(watched.string());
+      } catch (const FileError&) {
+        message.watchedHeld = true;
+      }
     }
-    messages.push_back({std::string(caption), std::string(text), style, bytes});
+    messages.push_back(message);
   }
   std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings& settings) override {
     dialogs.push_back(settings);
@@ -275,12 +281,17 @@ TEST_F(DxfExportTest, NamedFileIsReplacedAndReportedWhileComplete) {
   EXPECT_EQ(ui.messages[0].caption, "KALMOR V1.15 COMPLETE");
   EXPECT_EQ(ui.messages[0].text, "PAGE1  output to  " + target.string());
   EXPECT_EQ(ui.messages[0].watchedBytes, kEmptyPageFile);
+  EXPECT_TRUE(ui.messages[0].watchedHeld);
   EXPECT_EQ(ReadFileBytes(target), kEmptyPageFile);
 }
 
-TEST_F(DxfExportTest, NullPageIsRefused) {
+TEST_F(DxfExportTest, NullPageAndNulInTheNameAreRefused) {
   EXPECT_THROW(PageToDXF(nullptr, nullptr, (temp / "x.dxf").string(), 0, 1, 1),
                std::invalid_argument);
+  FakeSchematic schematic("S");
+  const DboPage& page = schematic.AddPage("P");
+  EXPECT_THROW(PageToDXF(&page, nullptr, (temp / "x").string() + std::string("\0.dxf", 5), 0, 1, 1),
+               FileError);
   EXPECT_THAT(FilesInTemp(), IsEmpty());
 }
 
