@@ -1,5 +1,6 @@
 #include "export/output_names.h"
 
+#include "export/dxf_export.h"
 #include "export/vel_edit_path.h"
 
 namespace kalmor {
@@ -24,21 +25,39 @@ std::string MakePageFileName(const std::string& stem, const std::string& schemat
 
 std::optional<std::string> UnusableNameReason(std::string_view name) {
   if (name.empty()) {
-    return "the name is empty";
+    return "is empty";
   }
   if (name == "." || name == "..") {
-    return "the name is \"" + std::string(name) + "\"";
+    return "is \"" + std::string(name) + "\"";
   }
   for (const char c : name) {
     const auto byte = static_cast<unsigned char>(c);
     if (c == '/' || c == '\\') {
-      return std::string("the name holds a '") + c + "'";
+      return std::string("holds a '") + c + "'";
     }
     if (byte < 0x20 || byte == 0x7f) {
-      return "the name holds a control character";
+      return "holds a control character";
     }
   }
   return std::nullopt;
+}
+
+std::vector<UnusableName> FindUnusableNames(const DboDesign& design) {
+  std::vector<UnusableName> unusable;
+  DboState state;
+  VisitDesignPages(
+      design, state,
+      [&](const DboPage& page, const DboInstOccurrence*, const std::string& schematic) {
+        std::string pageName;
+        page.GetName(pageName, state);
+        if (const auto reason = UnusableNameReason(schematic)) {
+          unusable.push_back({schematic, pageName, "the schematic name " + *reason});
+        }
+        if (const auto reason = UnusableNameReason(pageName)) {
+          unusable.push_back({schematic, pageName, "the page name " + *reason});
+        }
+      });
+  return unusable;
 }
 
 }  // namespace kalmor

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/dbo.h"
 
@@ -19,7 +20,18 @@ std::string MakePageFileName(const std::string& stem, const std::string& schemat
                              const DboPage& page);
 
 // Why a schematic or page name would put a file outside its folder or make an unusable name
-// (a separator, "." or "..", a control character, nothing at all); nothing when it is usable.
+// (a separator, "." or "..", a control character, nothing at all), as a phrase such as
+// "holds a '/'"; nothing when it is usable.
 std::optional<std::string> UnusableNameReason(std::string_view name);
+
+struct UnusableName {
+  std::string schematicName;
+  std::string pageName;
+  std::string reason;  // which of the two names, and why: "the page name is empty"
+};
+
+// Every page a design export would write whose schematic or page name is unusable, in export
+// order.
+std::vector<UnusableName> FindUnusableNames(const DboDesign& design);
 
 }  // namespace kalmor

@@ -51,5 +51,24 @@ TEST(OutputNamesTest, UnusableNames) {
   }
 }
 
+TEST(OutputNamesTest, FindsUnusableNamesOfExportedPagesOnly) {
+  testing::FakeDesign design("BOARD");
+  testing::FakeSchematic& fine = design.AddSchematic("FINE");
+  fine.AddPage("PAGE1");
+  fine.AddPage("../up");
+  testing::FakeSchematic& slashed = design.AddSchematic("A/B");
+  slashed.AddPage("");
+  // Met twice by name: its pages are not exported, so not checked either.
+  design.AddSchematic("FINE").AddPage("..");
+
+  const std::vector<UnusableName> found = FindUnusableNames(design);
+  ASSERT_EQ(found.size(), 3u);
+  EXPECT_EQ(found[0].schematicName, "FINE");
+  EXPECT_EQ(found[0].pageName, "../up");
+  EXPECT_EQ(found[0].reason, "the page name holds a '/'");
+  EXPECT_EQ(found[1].reason, "the schematic name holds a '/'");
+  EXPECT_EQ(found[2].reason, "the page name is empty");
+}
+
 }  // namespace
 }  // namespace kalmor
