@@ -27,33 +27,34 @@ std::string Counted(int count, const char* one, const char* many) {
 }
 
 std::string PageSummary(const DboPage& page, DboState& state) {
-  return Counted(CountOf(page.NewTitleBlocksIter(state), &DboPageTitleBlocksIter::NextTitleBlock,
-                         state),
-                 "title block", "title blocks") +
-         ", " +
-         Counted(CountOf(page.NewPartInstsIter(state), &DboPagePartInstsIter::NextPartInst, state),
-                 "part", "parts") +
-         ", " +
-         Counted(CountOf(page.NewWiresIter(1, state), &DboPageWiresIter::NextWire, state), "wire",
-                 "wires") +
-         ", " +
-         Counted(CountOf(page.NewGlobalsIter(state), &DboPageGlobalsIter::NextGlobal, state),
-                 "global", "globals") +
-         ", " +
-         Counted(CountOf(page.NewPortsIter(1, state), &DboPagePortsIter::NextPort, state), "port",
-                 "ports") +
-         ", " +
-         Counted(CountOf(page.NewOffPageConnectorsIter(1, state),
-                         &DboPageOffPageConnectorsIter::NextOffPageConnector, state),
-                 "off-page connector", "off-page connectors") +
-         ", " +
-         Counted(
-             CountOf(page.NewBusEntriesIter(state), &DboPageBusEntriesIter::NextBusEntry, state),
-             "bus entry", "bus entries") +
-         ", " +
-         Counted(CountOf(page.NewCommentGraphicsIter(state),
-                         &DboPageCommentGraphicsIter::NextCommentGraphic, state),
-                 "graphic", "graphics");
+  struct Tally {
+    int count;
+    const char* one;
+    const char* many;
+  };
+  const Tally tallies[] = {
+      {CountOf(page.NewTitleBlocksIter(state), &DboPageTitleBlocksIter::NextTitleBlock, state),
+       "title block", "title blocks"},
+      {CountOf(page.NewPartInstsIter(state), &DboPagePartInstsIter::NextPartInst, state), "part",
+       "parts"},
+      {CountOf(page.NewWiresIter(1, state), &DboPageWiresIter::NextWire, state), "wire", "wires"},
+      {CountOf(page.NewGlobalsIter(state), &DboPageGlobalsIter::NextGlobal, state), "global",
+       "globals"},
+      {CountOf(page.NewPortsIter(1, state), &DboPagePortsIter::NextPort, state), "port", "ports"},
+      {CountOf(page.NewOffPageConnectorsIter(1, state),
+               &DboPageOffPageConnectorsIter::NextOffPageConnector, state),
+       "off-page connector", "off-page connectors"},
+      {CountOf(page.NewBusEntriesIter(state), &DboPageBusEntriesIter::NextBusEntry, state),
+       "bus entry", "bus entries"},
+      {CountOf(page.NewCommentGraphicsIter(state), &DboPageCommentGraphicsIter::NextCommentGraphic,
+               state),
+       "graphic", "graphics"},
+  };
+  std::string summary;
+  for (const Tally& tally : tallies) {
+    summary += (summary.empty() ? "" : ", ") + Counted(tally.count, tally.one, tally.many);
+  }
+  return summary;
 }
 
 }  // namespace
