@@ -85,7 +85,7 @@ int Run(int argc, char** argv) {
   } catch (const kalmor::model::DesignDocumentError& error) {
     return Fail(kInvalidInput, error.what());
   } catch (const kalmor::DxfReadError& error) {
-    return Fail(kInvalidInput, renderInput + ": " + error.what());
+    return Fail(kInvalidInput, error.what());
   } catch (const InputError& error) {
     return Fail(kInvalidInput, error.what());
   } catch (const UsageError& error) {
