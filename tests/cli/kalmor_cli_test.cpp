@@ -192,7 +192,7 @@ TEST_F(KalmorCliTest, InvalidDocumentExitsOneAndWritesNothing) {
   EXPECT_THAT(Files(temp), ElementsAre("broken.json", "typo.json"));
 }
 
-TEST_F(KalmorCliTest, MissingOutputDirectoryExitsThree) {
+TEST_F(KalmorCliTest, UnwritableOutputExitsThree) {
   const std::string design = Write("board.json", kHierarchy);
   const fs::path missing = temp / "missing";
   const CommandResult exported =
@@ -207,6 +207,13 @@ TEST_F(KalmorCliTest, MissingOutputDirectoryExitsThree) {
   EXPECT_EQ(page.status, 3);
   EXPECT_THAT(page.err, HasSubstr((missing / "p.dxf").string()));
   EXPECT_FALSE(fs::exists(missing));
+
+  // A device that is always full fails the first write that reaches it.
+  const CommandResult full = RunKalmor(
+      {"page", design, "--schematic", "ROOT", "--page", "PAGE1", "-o", "/dev/full"});
+  EXPECT_EQ(full.status, 3);
+  EXPECT_EQ(full.err, "kalmor: cannot write /dev/full: No space left on device\n");
+  EXPECT_EQ(full.out, "");
 }
 
 TEST_F(KalmorCliTest, UnusableNamesAreRefusedUnlessTakenRaw) {
