@@ -10,7 +10,10 @@ std::optional<BulgeArc> ArcFromBulge(DrawingPoint from, DrawingPoint to, double 
   const double dx = to.x - from.x;
   const double dy = to.y - from.y;
   const double chord = std::hypot(dx, dy);
-  if (bulge == 0 || chord == 0) {
+  // Below this a bulge bends a segment of any page-sized chord by far less than the file's
+  // precision, and its radius would overflow: the segment is drawn straight.
+  constexpr double kStraight = 1e-8;
+  if (std::fabs(bulge) < kStraight || chord == 0) {
     return std::nullopt;
   }
   // The centre lies on the chord's perpendicular bisector, c(1 - b^2) / 4b to the left of the

@@ -15,7 +15,8 @@ struct BulgeArc {
   double sweep = 0;       // radians, 4 * atan(bulge): positive counter-clockwise
 };
 
-// The arc from `from` to `to`; none for a straight segment (bulge 0) or a zero-length chord.
+// The arc from `from` to `to`; none for a straight segment (bulge 0, or too small to bend it)
+// or a zero-length chord.
 std::optional<BulgeArc> ArcFromBulge(DrawingPoint from, DrawingPoint to, double bulge);
 
 // Grows [low, high] to take in the arc, including the points where it crosses an axis direction.

@@ -24,7 +24,7 @@ namespace {
 constexpr double kLargestNumber = 1e12;
 
 std::string_view Trim(std::string_view s) {
-  constexpr std::string_view kBlanks = " \t";
+  constexpr std::string_view kBlanks = " \t\r";  // a lone CR ending the last line too
   const auto first = s.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) {
     return {};
@@ -307,9 +307,9 @@ class DxfParser {
   }
 
   // The next pair; at the end of the file, a truncation error saying what is missing.
-  Pair Next(const std::string& whenMissing) {
+  Pair Next(const std::string& whenMissing, std::string_view record = "") {
     if (pairs_.AtEnd()) {
-      source_.Fail(pairs_.LastLine(), "", whenMissing);
+      source_.Fail(pairs_.LastLine(), record, whenMissing);
     }
     return pairs_.Take();
   }
@@ -346,7 +346,7 @@ class DxfParser {
       }
       if (version.name() != "AC1009") {
         source_.Fail(version.valueLine(), "HEADER",
-                     "unsupported DXF version " + Quoted(version.name()) + " (AC1009 is read)");
+                     "unsupported DXF version " + Shown(version.name()) + " (AC1009 is read)");
       }
     }
   }
@@ -436,8 +436,9 @@ class DxfParser {
     const std::string unfinished =
         "POLYLINE from line " + std::to_string(record.line) + " ends without SEQEND";
     for (;;) {
-      const Pair head = Next("file ends inside the POLYLINE from line " +
-                             std::to_string(record.line) + " (no SEQEND)");
+      const Pair head = Next(
+          "file ends inside the POLYLINE from line " + std::to_string(record.line) + " (no SEQEND)",
+          "POLYLINE");
       const std::string_view name = head.name();
       if (name != "VERTEX" && name != "SEQEND") {
         source_.Fail(head.valueLine(), "POLYLINE", unfinished + " (found " + Shown(name) + ")");

@@ -327,7 +327,7 @@ void WriteLegend(std::string& out, const std::array<std::size_t, kDrawingLayers.
 }  // namespace
 
 std::string SvgNumber(double value) {
-  char buffer[64];
+  char buffer[400];  // the widest double in fixed notation
   const auto result =
       std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 4);
   std::string text(buffer, result.ptr);
@@ -366,7 +366,7 @@ std::string WriteSvg(const DxfDrawing& drawing, std::string_view title) {
   Box view;
   view.x = left - margin;
   view.y = top - margin;
-  view.width = legendLeft + row * 6 + margin - view.x;
+  view.width = legendLeft + row * 7 + margin - view.x;  // room for "PARTTEXT (1234)"
   view.height = std::max(bottom, top + legendHeight) + margin - view.y;
   const double hairline = std::max(1.0, std::max(view.width, view.height) / kViewedSide);
 
