@@ -108,7 +108,7 @@ TEST_F(KalmorCliTest, ExportNamesFilesAfterTheOutputPath) {
     std::string stem;
   };
   const Case cases[] = {
-      {{}, temp, "board"},
+      {{}, temp.path(), "board"},
       {{"-o", (temp / "folder" / "x.DXF").string()}, temp / "folder", "x"},
       {{"-o", (temp / "folder").string()}, temp / "folder", "board"},
       {{"-o", (temp / "folder" / "y.txt").string()}, temp / "folder", "y.txt"},
@@ -150,7 +150,7 @@ TEST_F(KalmorCliTest, UsageErrorsExitTwo) {
     EXPECT_EQ(result.status, 2) << ::testing::PrintToString(arguments);
     EXPECT_NE(result.err, "") << ::testing::PrintToString(arguments);
   }
-  EXPECT_THAT(Files(temp), ElementsAre("board.json"));
+  EXPECT_THAT(Files(temp.path()), ElementsAre("board.json"));
 }
 
 TEST_F(KalmorCliTest, HelpAndVersion) {
@@ -158,9 +158,11 @@ TEST_F(KalmorCliTest, HelpAndVersion) {
   EXPECT_EQ(version.status, 0);
   EXPECT_EQ(version.out, "kalmor 1.15\n");
 
-  const std::vector<std::pair<std::string, std::string>> helps = {
-      {"", "export"}, {"export", "--raw-names"}, {"page", "--occurrence"},
-      {"check", "DESIGN"}, {"render", "--output"}};
+  const std::vector<std::pair<std::string, std::string>> helps = {{"", "export"},
+                                                                  {"export", "--raw-names"},
+                                                                  {"page", "--occurrence"},
+                                                                  {"check", "DESIGN"},
+                                                                  {"render", "--output"}};
   for (const auto& [command, mentioned] : helps) {
     std::vector<std::string> arguments;
     if (!command.empty()) {
@@ -189,7 +191,7 @@ TEST_F(KalmorCliTest, InvalidDocumentExitsOneAndWritesNothing) {
       EXPECT_EQ(result.out, "");
     }
   }
-  EXPECT_THAT(Files(temp), ElementsAre("broken.json", "typo.json"));
+  EXPECT_THAT(Files(temp.path()), ElementsAre("broken.json", "typo.json"));
 }
 
 TEST_F(KalmorCliTest, UnwritableOutputExitsThree) {
@@ -209,8 +211,8 @@ TEST_F(KalmorCliTest, UnwritableOutputExitsThree) {
   EXPECT_FALSE(fs::exists(missing));
 
   // A device that is always full fails the first write that reaches it.
-  const CommandResult full = RunKalmor(
-      {"page", design, "--schematic", "ROOT", "--page", "PAGE1", "-o", "/dev/full"});
+  const CommandResult full =
+      RunKalmor({"page", design, "--schematic", "ROOT", "--page", "PAGE1", "-o", "/dev/full"});
   EXPECT_EQ(full.status, 3);
   EXPECT_EQ(full.err, "kalmor: cannot write /dev/full: No space left on device\n");
   EXPECT_EQ(full.out, "");
@@ -226,7 +228,7 @@ TEST_F(KalmorCliTest, UnusableNamesAreRefusedUnlessTakenRaw) {
             "kalmor: schematic \"S\", page \"\": the page name is empty\n"
             "kalmor: schematic \"S\", page \".\": the page name is \".\"\n"
             "kalmor: nothing written; --raw-names takes the names as they are\n");
-  EXPECT_THAT(Files(temp), ElementsAre("refused.json"));
+  EXPECT_THAT(Files(temp.path()), ElementsAre("refused.json"));
 
   const std::string raw = Write("raw.json", WithPages({"a\\\\b", "tab\\there"}));
   const CommandResult taken = RunKalmor({"export", raw, "--raw-names"});
@@ -245,21 +247,21 @@ TEST_F(KalmorCliTest, PageWritesWhatExportWritesAndReports) {
   for (const Case& c : {Case{"ROOT", "PAGE1", "", "board_ROOT_PAGE1.dxf"},
                         Case{"SUB", "S1", "/BLK1", "board_SUB_S1.dxf"}}) {
     const fs::path target = temp / ("page_" + c.page + ".dxf");
-    std::vector<std::string> arguments{"page",   design,  "--schematic",  c.schematic,
-                                       "--page", c.page,  "-o",           target.string()};
+    std::vector<std::string> arguments{"page",   design, "--schematic", c.schematic,
+                                       "--page", c.page, "-o",          target.string()};
     if (!c.occurrence.empty()) {
       arguments.insert(arguments.end(), {"--occurrence", c.occurrence});
     }
     const CommandResult result = RunKalmor(arguments);
     EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.out, "KALMOR V1.15 COMPLETE: " + c.page + "  output to  " +
-                              target.string() + "\n");
+    EXPECT_EQ(result.out,
+              "KALMOR V1.15 COMPLETE: " + c.page + "  output to  " + target.string() + "\n");
     EXPECT_TRUE(ReadFileBytes(target) == ReadFileBytes(temp / c.exported)) << c.page;
   }
 
-  const CommandResult bare = RunKalmor({"page", design, "--schematic", "ROOT", "--page", "PAGE2",
-                                        "-o", (temp / "bare.dxf").string(), "--no-frame",
-                                        "--no-title-blocks"});
+  const CommandResult bare =
+      RunKalmor({"page", design, "--schematic", "ROOT", "--page", "PAGE2", "-o",
+                 (temp / "bare.dxf").string(), "--no-frame", "--no-title-blocks"});
   EXPECT_EQ(bare.status, 0);
   EXPECT_LT(ReadFileBytes(temp / "bare.dxf").size(),
             ReadFileBytes(temp / "board_ROOT_PAGE2.dxf").size());
@@ -272,7 +274,7 @@ TEST_F(KalmorCliTest, PageWithoutOutputAndNoTerminalWritesNothing) {
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "kalmor: no file chosen; nothing written\n");
-  EXPECT_THAT(Files(temp), ElementsAre("board.json"));
+  EXPECT_THAT(Files(temp.path()), ElementsAre("board.json"));
 }
 
 TEST_F(KalmorCliTest, CheckCountsObjectsPerPage) {

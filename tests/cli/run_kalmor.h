@@ -47,7 +47,8 @@ inline CommandResult RunKalmor(const std::vector<std::string>& arguments) {
 
   CommandResult result;
   pid_t pid = 0;
-  const int spawned = posix_spawn(&pid, KALMOR_CLI_PATH, &actions, nullptr, pointers.data(), environ);
+  const int spawned =
+      posix_spawn(&pid, KALMOR_CLI_PATH, &actions, nullptr, pointers.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
   if (spawned != 0) {
     return result;
