@@ -7,7 +7,7 @@
 
 namespace kalmor {
 
-void DxfWriteHeader(ByteSink& out);        // HEADER section, then ENTITIES opens
+void DxfWriteHeader(ByteSink& out);        // the HEADER section; DxfWriteEntitiesOpen follows
 void DxfWriteEntitiesOpen(ByteSink& out);  // " 0\nSECTION\n 2\nENTITIES\n"
 void DxfWriteEnd(ByteSink& out);           // ENTITIES closes, EOF
 

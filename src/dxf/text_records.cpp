@@ -1,0 +1,214 @@
+#include "dxf/text_records.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "dxf/detail/piece.h"
+
+namespace kalmor {
+
+using detail::WritePiece;
+
+namespace {
+
+// Longest text value a record carries.
+constexpr std::size_t kMaxTextChars = 250;
+// Between a host anchor and the text's base line, in drawing units.
+constexpr double kBaseLineGap = 0.03;
+
+// Text up to the first line break, at most 250 characters.
+std::string_view SingleLine(std::string_view text) {
+  text = text.substr(0, kMaxTextChars);
+  return text.substr(0, text.find_first_of("\r\n"));
+}
+
+void WriteTextPlacement(ByteSink& out, std::string_view layer, double x, double y, double height) {
+  WritePiece<" 0\nTEXT\n 8\n%s\n">(out, layer);
+  WritePiece<" 10\n%8.4f\n 20\n%8.4f\n 30\n0.0\n 40\n%8.4f\n">(out, x, y, height);
+}
+
+void WriteAngle(ByteSink& out, double angle) {
+  if (angle != 0.0) {
+    WritePiece<" 50\n%8.4f\n">(out, angle);
+  }
+}
+
+void WriteValue(ByteSink& out, std::string_view value) {
+  WritePiece<" 1\n%s\n">(out, value);
+}
+
+double Scaled(int64_t host, double scale) {
+  return static_cast<double>(host) * scale;
+}
+
+}  // namespace
+
+double DxfTextHeight(int32_t fontHeight, double scale) {
+  // The sine is how text heights have always come out; for small fonts it is close to 100/175 of
+  // the scaled height. The magnitude is taken in 64 bits so the most negative height stays valid.
+  const double magnitude = static_cast<double>(std::llabs(int64_t{fontHeight}));
+  return 100.0 * scale * std::sin(magnitude * 0.005714285714285714);
+}
+
+void DxfText(ByteSink& out, std::string_view layer, std::string text, const LogFont& font,
+             RotationT rotation, double scale, int32_t x, int32_t y) {
+  const double h = DxfTextHeight(font.lfHeight, scale);
+  double px = Scaled(x, scale);
+  double py = Scaled(y, scale);
+  double angle = 0.0;
+  switch (rotation) {
+    case 1:
+      angle = 90.0;
+      px = px + h + kBaseLineGap;
+      break;
+    case 2:
+      angle = 180.0;
+      py = py + h + kBaseLineGap;
+      break;
+    case 3:
+      angle = 270.0;
+      px = px - h - kBaseLineGap;
+      break;
+    default:  // 0 and every unknown code
+      py = py - h - kBaseLineGap;
+      break;
+  }
+  WriteTextPlacement(out, layer, px, py, h);
+  WriteAngle(out, angle);
+  WriteValue(out, SingleLine(text));
+}
+
+void DxfTextAt(ByteSink& out, std::string_view layer, double angle, std::string text, double x,
+               double y, double height) {
+  WriteTextPlacement(out, layer, x, y, height);
+  // Angle and value go out as one piece here, up to 268 bytes with a full-length text.
+  if (angle != 0.0) {
+    WritePiece<" 50\n%8.4f\n 1\n%s\n">(out, angle, SingleLine(text));
+  } else {
+    WriteValue(out, SingleLine(text));
+  }
+}
+
+void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const LogFont& font,
+                RotationT rotation, double scale, int32_t x1, int32_t x2, int32_t y1, int32_t y2) {
+  // CR LF counts as two breaks and so leaves an empty line between them; drawings rely on it.
+  std::replace(text.begin(), text.end(), '\n', '\r');
+  const auto breaks = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\r'));
+
+  const double h = DxfTextHeight(font.lfHeight, scale);
+  const int64_t left = std::min(x1, x2);
+  const int64_t right = std::max(x1, x2);
+  const int64_t top = std::min(y1, y2);
+  const int64_t bottom = std::max(y1, y2);
+  // The extent across the lines is signed for codes 0 and 1 but not for 2 and 3, and unknown
+  // codes differ from 0 by their start; both asymmetries are kept as drawings expect them.
+  double angle = 0.0;
+  double extent = 0.0;
+  double x = 0.0;
+  double y = 0.0;
+  switch (rotation) {
+    case 0:
+      extent = Scaled(int64_t{y2} - y1, scale);
+      x = Scaled(x1, scale);
+      y = Scaled(y1, scale) - h - kBaseLineGap;
+      break;
+    case 1:
+      angle = 90.0;
+      extent = Scaled(int64_t{x2} - x1, scale);
+      x = Scaled(left, scale) + h + kBaseLineGap;
+      y = Scaled(top, scale);
+      break;
+    case 2:
+      angle = 180.0;
+      extent = Scaled(std::llabs(int64_t{y2} - y1), scale);
+      x = Scaled(right, scale);
+      y = Scaled(top, scale) + h + kBaseLineGap;
+      break;
+    case 3:
+      angle = 270.0;
+      extent = Scaled(std::llabs(int64_t{x2} - x1), scale);
+      x = Scaled(right, scale) - h - kBaseLineGap;
+      y = Scaled(bottom, scale);
+      break;
+    default:
+      extent = Scaled(int64_t{y2} - y1, scale);
+      x = Scaled(x1, scale);
+      y = Scaled(y1, scale) - h - kBaseLineGap;
+      if (breaks > 0) {
+        y -= extent / static_cast<double>(breaks + 1) * static_cast<double>(breaks);
+      }
+      break;
+  }
+
+  if (breaks == 0) {
+    WriteTextPlacement(out, layer, x, y, h);
+    WriteAngle(out, angle);
+    WriteValue(out, std::string_view(text).substr(0, kMaxTextChars));
+    return;
+  }
+
+  const double pitch = extent / static_cast<double>(breaks + 1);
+  text.push_back('\r');
+  const std::string_view all(text);
+  std::size_t start = 0;
+  for (std::size_t i = all.find('\r'); i != std::string_view::npos; i = all.find('\r', start)) {
+    const std::string_view line = all.substr(start, std::min(i - start, kMaxTextChars));
+    WriteTextPlacement(out, layer, x, y, h);
+    WriteAngle(out, angle);
+    if (line.empty()) {
+      WritePiece<" 1\n \n">(out);
+    } else {
+      WriteValue(out, line);
+    }
+    start = i + 1;
+    switch (rotation) {
+      case 1:
+        x += pitch;
+        break;
+      case 3:
+        x -= pitch;
+        break;
+      default:
+        y += pitch;
+        break;
+    }
+  }
+}
+
+std::string OverlineToDxf(const std::string& text) {
+  // A backslash marks the character before it; a run of marked characters becomes one run
+  // between overscore toggles. The first character cannot be a mark.
+  const std::size_t length = text.size();
+  std::string result;
+  result.reserve(length + 8);
+  std::size_t copyStart = 0;
+  for (std::size_t i = 1; i < length; ++i) {
+    if (text[i] != '\\') {
+      continue;
+    }
+    // After "A\\" the copy start can pass i - 1; nothing is copied then.
+    if (copyStart < i - 1) {
+      result.append(text, copyStart, i - 1 - copyStart);
+    }
+    result += "%%o";
+    result += text[i - 1];
+    for (std::size_t j = i + 2; j < length && text[j] == '\\'; j += 2) {
+      i += 2;
+      result += text[j - 1];
+    }
+    result += "%%o";
+    copyStart = i + 1;
+  }
+  if (copyStart < length) {
+    result.append(text, copyStart);
+  }
+  return result;
+}
+
+int32_t VisibleTextLength(const std::string& text) {
+  const auto marks = std::count(text.begin(), text.end(), '\\');
+  return static_cast<int32_t>(static_cast<std::ptrdiff_t>(text.size()) - marks);
+}
+
+}  // namespace kalmor
