@@ -11,7 +11,7 @@
 namespace kalmor {
 
 struct TextMetrics {
-  int32_t height = 0;            // ascent + descent
+  int32_t height = 0;  // ascent + descent
   int32_t descent = 0;
   int32_t averageCharWidth = 0;
   bool trueType = false;

@@ -2,29 +2,189 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <string_view>
 #include <utility>
 
-namespace kalmor {
+#include "host/user_interface.h"
+#include "text/font_metrics.h"
+#include "text/saturate.h"
+#include "text/vel_gdi_cache.h"
 
-// Until fonts are measured: a line is |height| high and each character half as wide.
-CVelText::CVelText(std::string text, CPoint anchor, const LogFont& font, uint32_t /*style*/,
-                   uint32_t /*formatFlags*/)
-    : text_(std::move(text)) {
-  const int32_t height = std::abs(font.lfHeight);
-  int32_t lines = 1;
-  std::size_t widest = 0;
-  std::size_t current = 0;
-  for (char c : text_) {
-    if (c == '\r') {
-      ++lines;
-      current = 0;
-    } else if (c != '\n') {
-      widest = std::max(widest, ++current);
+namespace kalmor {
+namespace {
+
+constexpr uint8_t kOutPrecisionTrueTypeOnly = 7;
+constexpr uint8_t kClipPrecisionStroke = 2;
+constexpr uint8_t kQualityDraft = 1;
+
+constexpr int64_t kLargestRealisticExtent = 32767;
+constexpr TextExtent kStandInExtent = {3, 3};
+constexpr std::string_view kUnrealisticExtentText =
+    "Internal Device Error: TextExtent returned unrealistic values.\n";
+// The box is the framework's own complaint, so it carries the application's name.
+constexpr std::string_view kUnrealisticExtentCaption = "KALMOR";
+
+uint32_t g_lastShapeId = 0;
+bool g_unrealisticExtentShown = false;
+
+// The rectangle while it is laid out: wide enough that no text can overflow it.
+struct WideRect {
+  int64_t left = 0;
+  int64_t top = 0;
+  int64_t right = 0;
+  int64_t bottom = 0;
+
+  void Normalise() {
+    if (left > right) {
+      std::swap(left, right);
+    }
+    if (top > bottom) {
+      std::swap(top, bottom);
     }
   }
-  const int32_t width = static_cast<int32_t>(widest) * height / 2;
-  rect_ = {anchor.x, anchor.y, anchor.x + width + (width & 1),
-           anchor.y + lines * height + ((lines * height) & 1)};
+};
+
+TextExtent CheckedTextExtent(FontMetricsSource& source, const LogFont& font,
+                             std::string_view line) {
+  const TextExtent extent = source.GetTextExtent(font, line);
+  if (std::abs(int64_t{extent.cx}) <= kLargestRealisticExtent &&
+      std::abs(int64_t{extent.cy}) <= kLargestRealisticExtent) {
+    return extent;
+  }
+  std::string message(kUnrealisticExtentText);
+  message += line;
+  UserInterface& ui = CurrentUserInterface();
+  ui.AppendToSessionLog(message);  // dropped when no log is open
+  if (!g_unrealisticExtentShown) {
+    g_unrealisticExtentShown = true;
+    ui.MessageBox(kUnrealisticExtentCaption, message, 0);
+  }
+  return kStandInExtent;
+}
+
+}  // namespace
+
+LogFont NormaliseTextFont(const LogFont& font) {
+  LogFont normal = font;
+  normal.lfEscapement = 0;
+  normal.lfWidth = 0;
+  normal.lfOutPrecision = kOutPrecisionTrueTypeOnly;
+  normal.lfClipPrecision = kClipPrecisionStroke;
+  normal.lfQuality = kQualityDraft;
+  if (normal.lfHeight > 0) {
+    normal.lfHeight = -normal.lfHeight;
+  }
+  return normal;
+}
+
+CVelText::CVelText(std::string text, CPoint anchor, const LogFont& font, uint32_t style,
+                   uint32_t formatFlags)
+    : shapeId_(++g_lastShapeId), style_(style), text_(std::move(text)) {
+  layoutWords_[0] = -1;
+  layoutWords_[1] = 0;
+  SetBoundingRect({anchor.x, anchor.y, anchor.x, anchor.y});
+  formatFlags_ = formatFlags + kFormatNoClip;
+  angle_ = font.lfEscapement;
+  fontSlot_ = 0;
+  fontIndex_ = ApplicationGdiCache().Lookup(NormaliseTextFont(font));
+  Measure();
+}
+
+void CVelText::SetBoundingRect(const CRect& rect) {
+  rect_ = {std::min(rect.left, rect.right), std::min(rect.top, rect.bottom),
+           std::max(rect.left, rect.right), std::max(rect.top, rect.bottom)};
+}
+
+void CVelText::Measure() {
+  const uint32_t formerFlags = formatFlags_;
+  formatFlags_ |= kFormatCalcRect;
+  CRect rect = LayOut(rect_);
+  formatFlags_ = formerFlags;
+  // Both dimensions are made even, so that the text's centre falls on a whole unit.
+  const int64_t width = int64_t{rect.right} - rect.left;
+  const int64_t height = int64_t{rect.bottom} - rect.top;
+  rect.right = detail::SaturateToInt32(rect.right + int64_t{width % 2 != 0});
+  rect.bottom = detail::SaturateToInt32(rect.bottom + int64_t{height % 2 != 0});
+  SetBoundingRect(rect);
+}
+
+CRect CVelText::LayOut(CRect rect) {
+  if (rect.left > rect.right) {
+    std::swap(rect.left, rect.right);
+  }
+  // A copy: the cache may move its records when it grows.
+  const LogFont font = ApplicationGdiCache().GetLogFont(fontSlot_, fontIndex_);
+  FontMetricsSource& source = CurrentFontMetrics();
+
+  int64_t lineHeight = 0;
+  int64_t descent = 0;
+  if (TextMetrics metrics; source.GetTextMetrics(font, metrics)) {
+    lineHeight = metrics.height;
+    descent = metrics.descent;
+    trueTypeFlag_ = metrics.trueType ? kTrueTypeFlag : 0;
+  } else {
+    lineHeight = std::abs(int64_t{font.lfHeight});
+    trueTypeFlag_ = 0;
+  }
+
+  // Lines end at carriage returns; line feeds take no room anywhere in the text.
+  int64_t lines = 1;
+  int64_t width = 0;
+  std::string line;
+  bool first = true;
+  const auto measureLine = [&] {
+    const int64_t cx = CheckedTextExtent(source, font, line).cx;
+    width = first ? cx : std::max(width, cx);
+    first = false;
+    line.clear();
+  };
+  for (const char c : text_) {
+    if (c == '\r') {
+      measureLine();
+      ++lines;
+    } else if (c != '\n') {
+      line += c;
+    }
+  }
+  measureLine();
+
+  const int64_t height = lineHeight * lines;
+  WideRect laid;
+  switch (angle_) {
+    case 0: {
+      const int64_t x = rect.left, y = rect.top;
+      laid = {x, y, x + width, y + height};
+      laid.Normalise();
+      laid.bottom -= descent;
+      break;
+    }
+    case 900: {
+      const int64_t x = rect.left, y = rect.bottom;
+      laid = {x, y, x + height, y - width};
+      laid.Normalise();
+      laid.right -= descent;
+      break;
+    }
+    case 1800: {
+      const int64_t x = rect.right, y = rect.bottom;
+      laid = {x, y, x - width, y - height};
+      laid.Normalise();
+      laid.top += descent;
+      break;
+    }
+    case 2700: {
+      const int64_t x = rect.right, y = rect.top;
+      laid = {x, y, x - height, y + width};
+      laid.Normalise();
+      laid.left += descent;
+      break;
+    }
+    default:
+      // Only the four right angles are measured.
+      break;
+  }
+  return {detail::SaturateToInt32(laid.left), detail::SaturateToInt32(laid.top),
+          detail::SaturateToInt32(laid.right), detail::SaturateToInt32(laid.bottom)};
 }
 
 }  // namespace kalmor

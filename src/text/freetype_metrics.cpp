@@ -1,0 +1,335 @@
+#include "text/freetype_metrics.h"
+
+#include <fontconfig/fontconfig.h>
+#include <ft2build.h>
+#include FT_FREETYPE_H
+#include FT_FONT_FORMATS_H
+#include FT_TRUETYPE_TABLES_H
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <tuple>
+#include <unordered_map>
+#include <utility>
+
+#include "text/saturate.h"
+
+namespace kalmor {
+namespace detail {
+namespace {
+
+// FreeType's own texts for its error codes.
+struct FreeTypeErrorText {
+  int code;
+  const char* text;
+};
+// clang-format off
+#undef FTERRORS_H_
+#define FT_ERRORDEF(e, v, s) {e, s},
+#define FT_ERROR_START_LIST {
+#define FT_ERROR_END_LIST {0, nullptr}}
+constexpr FreeTypeErrorText kFreeTypeErrorTexts[] =
+#include FT_ERRORS_H
+;
+// clang-format on
+
+std::string FreeTypeReason(FT_Error error) {
+  for (const FreeTypeErrorText& entry : kFreeTypeErrorTexts) {
+    if (entry.text != nullptr && entry.code == error) {
+      return entry.text;
+    }
+  }
+  return "FreeType error " + std::to_string(error);
+}
+
+std::string FaceName(const LogFont& font) {
+  return {font.lfFaceName, strnlen(font.lfFaceName, sizeof font.lfFaceName)};
+}
+
+// Characters 0x80 to 0x9F of the Windows Latin-1 code page; the rest of its upper half is
+// Latin-1 itself.
+constexpr std::array<char32_t, 32> kWindowsLatin1High = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+// The length of the well-formed UTF-8 sequence at the start of `s` and its code point, or 0.
+std::pair<std::size_t, char32_t> Utf8Sequence(std::string_view s) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(s[i]); };
+  const unsigned char lead = byte(0);
+  std::size_t length = 0;
+  char32_t cp = 0;
+  char32_t least = 0;
+  if (lead >= 0xC2 && lead <= 0xDF) {
+    length = 2, cp = lead & 0x1F, least = 0x80;
+  } else if (lead >= 0xE0 && lead <= 0xEF) {
+    length = 3, cp = lead & 0x0F, least = 0x800;
+  } else if (lead >= 0xF0 && lead <= 0xF4) {
+    length = 4, cp = lead & 0x07, least = 0x10000;
+  } else {
+    return {0, 0};
+  }
+  if (s.size() < length) {
+    return {0, 0};
+  }
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byte(i) & 0xC0) != 0x80) {
+      return {0, 0};
+    }
+    cp = (cp << 6) | (byte(i) & 0x3F);
+  }
+  if (cp < least || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
+    return {0, 0};
+  }
+  return {length, cp};
+}
+
+// Texts from design documents are UTF-8; a byte that starts no well-formed sequence is taken as
+// a Windows Latin-1 character, as the host's own texts are.
+template <typename Visit>
+void ForEachCharacter(std::string_view text, Visit visit) {
+  while (!text.empty()) {
+    const auto [length, cp] = Utf8Sequence(text);
+    if (length > 0) {
+      visit(cp);
+      text.remove_prefix(length);
+      continue;
+    }
+    const auto b = static_cast<unsigned char>(text.front());
+    visit(b >= 0x80 && b < 0xA0 ? kWindowsLatin1High[b - 0x80] : char32_t{b});
+    text.remove_prefix(1);
+  }
+}
+
+int32_t RoundToPixels(double value) {
+  return static_cast<int32_t>(std::lround(value));
+}
+
+// FreeType takes no larger pixel size.
+constexpr int64_t kLargestPixelSize = 0xFFFF;
+
+// |height| in pixels: after normalisation the height names the character (em) height.
+int64_t PixelSize(const LogFont& font) {
+  return std::min<int64_t>(std::abs(static_cast<int64_t>(font.lfHeight)), kLargestPixelSize);
+}
+
+}  // namespace
+
+// One face file opened at one pixel size, with what has been measured in it so far.
+class SizedFace {
+ public:
+  SizedFace(FT_Library library, const FontFile& file, int64_t pixelSize) : file_(file) {
+    if (const FT_Error error = FT_New_Face(library, file.path.c_str(), file.index, &face_)) {
+      face_ = nullptr;
+      throw FontFileError("cannot open font file \"" + file.path + "\" (face " +
+                          std::to_string(file.index) + "): " + FreeTypeReason(error));
+    }
+    if (const FT_Error error = FT_Set_Pixel_Sizes(face_, 0, static_cast<FT_UInt>(pixelSize))) {
+      FT_Done_Face(face_);
+      face_ = nullptr;
+      throw FontFileError("cannot size font file \"" + file.path + "\" at " +
+                          std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
+    }
+    latinAdvances_.fill(-1);
+    ReadMetrics(pixelSize);
+  }
+  ~SizedFace() {
+    if (face_ != nullptr) {
+      FT_Done_Face(face_);
+    }
+  }
+  SizedFace(const SizedFace&) = delete;
+  SizedFace& operator=(const SizedFace&) = delete;
+
+  const TextMetrics& Metrics() const { return metrics_; }
+
+  int64_t Width(std::string_view line) {
+    int64_t width = 0;
+    ForEachCharacter(line, [&](char32_t cp) { width += Advance(cp); });
+    return width;
+  }
+
+ private:
+  // The screen's metrics: the Windows ascent and descent of the OS/2 table where there is one,
+  // each rounded to whole pixels.
+  void ReadMetrics(int64_t pixelSize) {
+    const double units = face_->units_per_EM;
+    const auto* os2 = static_cast<const TT_OS2*>(FT_Get_Sfnt_Table(face_, FT_SFNT_OS2));
+    int32_t ascent = 0;
+    int32_t descent = 0;
+    if (os2 != nullptr && os2->version != 0xFFFF && units > 0) {
+      ascent = RoundToPixels(os2->usWinAscent * pixelSize / units);
+      descent = RoundToPixels(os2->usWinDescent * pixelSize / units);
+    } else {
+      ascent = RoundToPixels(face_->size->metrics.ascender / 64.0);
+      descent = RoundToPixels(-face_->size->metrics.descender / 64.0);
+    }
+    metrics_.height = ascent + descent;
+    metrics_.descent = descent;
+    if (os2 != nullptr && os2->version != 0xFFFF && os2->xAvgCharWidth > 0 && units > 0) {
+      metrics_.averageCharWidth =
+          RoundToPixels(os2->xAvgCharWidth * pixelSize / units) + (file_.embolden ? 1 : 0);
+    } else {
+      metrics_.averageCharWidth = Advance(U'x');
+    }
+    const char* format = FT_Get_Font_Format(face_);
+    metrics_.trueType = format != nullptr && std::strcmp(format, "TrueType") == 0;
+  }
+
+  int32_t Advance(char32_t cp) {
+    if (cp < latinAdvances_.size() && latinAdvances_[cp] >= 0) {
+      return latinAdvances_[cp];
+    }
+    if (const auto known = otherAdvances_.find(cp); known != otherAdvances_.end()) {
+      return known->second;
+    }
+    const FT_UInt glyph = FT_Get_Char_Index(face_, cp);  // 0, the missing glyph, when absent
+    int32_t advance = 0;
+    if (FT_Load_Glyph(face_, glyph, FT_LOAD_DEFAULT) == 0) {
+      // Hinted advances are whole pixels already; round in case a driver left a fraction.
+      advance = static_cast<int32_t>((face_->glyph->advance.x + 32) >> 6);
+    }
+    // A simulated bold face is one pixel wider per character.
+    advance += file_.embolden ? 1 : 0;
+    if (cp < latinAdvances_.size()) {
+      latinAdvances_[cp] = advance;
+    } else {
+      otherAdvances_.emplace(cp, advance);
+    }
+    return advance;
+  }
+
+  FontFile file_;
+  FT_Face face_ = nullptr;
+  TextMetrics metrics_;
+  std::array<int32_t, 256> latinAdvances_{};
+  std::unordered_map<char32_t, int32_t> otherAdvances_;
+};
+
+}  // namespace detail
+
+namespace {
+
+void EnsureFontconfig() {
+  static const bool loaded = FcInit() == FcTrue;
+  if (!loaded) {
+    throw FontFileError("fontconfig cannot load its configuration");
+  }
+}
+
+// FW_DONTCARE (0) stands for normal weight.
+int FontconfigWeight(int32_t weight) {
+  return FcWeightFromOpenType(weight <= 0 ? 400 : std::min(weight, 1000));
+}
+
+}  // namespace
+
+FontFile ResolveFontFile(const LogFont& font) {
+  EnsureFontconfig();
+  std::string face = detail::FaceName(font);
+  if (face.empty()) {
+    face = "sans-serif";
+  }
+  FcPattern* pattern = FcPatternCreate();
+  FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(face.c_str()));
+  FcPatternAddInteger(pattern, FC_WEIGHT, FontconfigWeight(font.lfWeight));
+  FcPatternAddInteger(pattern, FC_SLANT, font.lfItalic != 0 ? FC_SLANT_ITALIC : FC_SLANT_ROMAN);
+  FcPatternAddBool(pattern, FC_SCALABLE, FcTrue);
+  FcConfigSubstitute(nullptr, pattern, FcMatchPattern);
+  FcDefaultSubstitute(pattern);
+  FcResult result = FcResultNoMatch;
+  FcPattern* match = FcFontMatch(nullptr, pattern, &result);
+  FcPatternDestroy(pattern);
+
+  FcChar8* path = nullptr;
+  if (match == nullptr || FcPatternGetString(match, FC_FILE, 0, &path) != FcResultMatch) {
+    if (match != nullptr) {
+      FcPatternDestroy(match);
+    }
+    throw FontFileError("no font file found for face \"" + face + "\" (fontconfig has no fonts)");
+  }
+  FontFile file;
+  file.path = reinterpret_cast<const char*>(path);
+  int index = 0;
+  if (FcPatternGetInteger(match, FC_INDEX, 0, &index) == FcResultMatch) {
+    file.index = index;
+  }
+  FcBool embolden = FcFalse;
+  if (FcPatternGetBool(match, FC_EMBOLDEN, 0, &embolden) == FcResultMatch) {
+    file.embolden = embolden == FcTrue;
+  }
+  FcPatternDestroy(match);
+  return file;
+}
+
+struct FreeTypeFontMetrics::Impl {
+  explicit Impl(Resolver resolve) : resolve(std::move(resolve)) {
+    if (const FT_Error error = FT_Init_FreeType(&library)) {
+      throw FontFileError("FreeType cannot start: " + detail::FreeTypeReason(error));
+    }
+  }
+  ~Impl() {
+    faces.clear();  // before the library they belong to
+    FT_Done_FreeType(library);
+  }
+
+  // The face for a logical font at its size; null for a font of height 0.
+  detail::SizedFace* Face(const LogFont& font) {
+    const int64_t pixelSize = detail::PixelSize(font);
+    if (pixelSize == 0) {
+      return nullptr;
+    }
+    RequestKey request{detail::FaceName(font), font.lfWeight, font.lfItalic != 0, pixelSize};
+    if (const auto known = requests.find(request); known != requests.end()) {
+      return known->second;
+    }
+    const FontFile file = resolve(font);
+    FaceKey key{file.path, file.index, file.embolden, pixelSize};
+    auto loaded = faces.find(key);
+    if (loaded == faces.end()) {
+      loaded =
+          faces.emplace(key, std::make_unique<detail::SizedFace>(library, file, pixelSize)).first;
+    }
+    requests.emplace(std::move(request), loaded->second.get());
+    return loaded->second.get();
+  }
+
+  using RequestKey = std::tuple<std::string, int32_t, bool, int64_t>;
+  using FaceKey = std::tuple<std::string, int, bool, int64_t>;
+
+  Resolver resolve;
+  FT_Library library = nullptr;
+  std::map<FaceKey, std::unique_ptr<detail::SizedFace>> faces;
+  std::map<RequestKey, detail::SizedFace*> requests;
+};
+
+FreeTypeFontMetrics::FreeTypeFontMetrics() : FreeTypeFontMetrics(ResolveFontFile) {}
+
+FreeTypeFontMetrics::FreeTypeFontMetrics(Resolver resolver)
+    : impl_(std::make_unique<Impl>(std::move(resolver))) {}
+
+FreeTypeFontMetrics::~FreeTypeFontMetrics() = default;
+
+bool FreeTypeFontMetrics::GetTextMetrics(const LogFont& font, TextMetrics& metrics) {
+  const detail::SizedFace* face = impl_->Face(font);
+  if (face == nullptr) {
+    return false;
+  }
+  metrics = face->Metrics();
+  return true;
+}
+
+TextExtent FreeTypeFontMetrics::GetTextExtent(const LogFont& font, std::string_view line) {
+  detail::SizedFace* face = impl_->Face(font);
+  if (face == nullptr) {
+    return {};
+  }
+  return {detail::SaturateToInt32(face->Width(line)), face->Metrics().height};
+}
+
+}  // namespace kalmor
