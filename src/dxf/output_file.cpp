@@ -43,35 +43,31 @@ FileError::FileError(std::string path, std::string reason)
       path_(std::move(path)),
       reason_(std::move(reason)) {}
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
+OutputFile::OutputFile(std::string path) : path_(std::move(path)), buffer_(kBufferBytes) {
   const int fd = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   if (fd < 0) {
     throw FileError(path_, SystemReason(errno));
   }
+  const auto refuse = [&](std::string reason) {
+    ::close(fd);
+    throw FileError(path_, std::move(reason));
+  };
   // Only a regular file is locked and emptied: a device or pipe (/dev/stdout, /dev/full) is
   // written as it is. The lock comes first so that a file another export is still writing is
   // refused before anything in it is lost.
   struct stat info {};
   if (::fstat(fd, &info) != 0) {
-    const int error = errno;
-    ::close(fd);
-    throw FileError(path_, SystemReason(error));
+    refuse(SystemReason(errno));
   }
   if (S_ISREG(info.st_mode)) {
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
-      const int error = errno;
-      ::close(fd);
-      throw FileError(path_,
-                      error == EWOULDBLOCK ? "held by another process" : SystemReason(error));
+      refuse(errno == EWOULDBLOCK ? "held by another process" : SystemReason(errno));
     }
     if (::ftruncate(fd, 0) != 0) {
-      const int error = errno;
-      ::close(fd);
-      throw FileError(path_, SystemReason(error));
+      refuse(SystemReason(errno));
     }
   }
   fd_ = fd;
-  buffer_.resize(kBufferBytes);
 }
 
 OutputFile::~OutputFile() {

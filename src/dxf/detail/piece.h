@@ -98,16 +98,12 @@ constexpr Slot SlotOf() {
   return std::is_same_v<Arg, double> ? Slot::kReal : Slot::kString;
 }
 
-// A value ends at its first NUL, as the C strings of the records always have.
-inline std::string_view CutAtNul(std::string_view s) {
-  return s.substr(0, s.find('\0'));
-}
-
 inline double Clean(double value) {
   return value;
 }
+// A string value ends at its first NUL, so the file never holds one.
 inline std::string_view Clean(std::string_view value) {
-  return CutAtNul(value);
+  return value.substr(0, value.find('\0'));
 }
 
 inline char* Append(char* out, double value) {
@@ -142,7 +138,7 @@ char* FillPiece(char* out, std::index_sequence<I...>, const Args&... values) {
   constexpr auto& compiled = kCompiled<T>;
   const char* literal = compiled.literal.data();
   std::size_t done = 0;
-  [[maybe_unused]] const auto put = [&](std::size_t at, const auto& value) {
+  const auto put = [&](std::size_t at, const auto& value) {
     std::memcpy(out, literal + done, at - done);
     out = Append(out + (at - done), value);
     done = at;
@@ -150,6 +146,31 @@ char* FillPiece(char* out, std::index_sequence<I...>, const Args&... values) {
   (put(compiled.offset[I], values), ...);
   std::memcpy(out, literal + done, compiled.literal.size() - done);
   return out + (compiled.literal.size() - done);
+}
+
+template <Template T, typename... Args>
+void WriteFilledPiece(ByteSink& out, Args... values) {
+  constexpr auto& compiled = kCompiled<T>;
+
+  constexpr std::size_t kStackRoom = compiled.literal.size() + [] {
+    std::size_t room = 0;
+    for (Slot s : compiled.slot) {
+      room += s == Slot::kReal ? kMaxRealChars : kStringRoom;
+    }
+    return room;
+  }();
+  const std::size_t needed = compiled.literal.size() + (std::size_t{0} + ... + Room(values));
+  const auto seq = std::index_sequence_for<Args...>{};
+  if (needed <= kStackRoom) {
+    char buffer[kStackRoom];
+    const char* end = FillPiece<T>(buffer, seq, values...);
+    out.Write(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
+  } else {
+    // Only an oversized string value (a layer name nobody uses) gets here.
+    std::string buffer(needed, '\0');
+    const char* end = FillPiece<T>(buffer.data(), seq, values...);
+    out.Write(std::string_view(buffer.data(), static_cast<std::size_t>(end - buffer.data())));
+  }
 }
 
 // Formats one piece and hands it to `out` in one Write. Values are doubles for "%8.4f" and string
@@ -172,28 +193,8 @@ void WritePiece(ByteSink& out, Args... values) {
 
   if constexpr (sizeof...(Args) == 0) {
     out.Write(std::string_view(compiled.literal.data(), compiled.literal.size()));
-    return;
-  }
-  ((values = Clean(values)), ...);
-
-  constexpr std::size_t kStackRoom = compiled.literal.size() + [] {
-    std::size_t room = 0;
-    for (Slot s : compiled.slot) {
-      room += s == Slot::kReal ? kMaxRealChars : kStringRoom;
-    }
-    return room;
-  }();
-  const std::size_t needed = compiled.literal.size() + (std::size_t{0} + ... + Room(values));
-  const auto seq = std::index_sequence_for<Args...>{};
-  if (needed <= kStackRoom) {
-    char buffer[kStackRoom];
-    const char* end = FillPiece<T>(buffer, seq, values...);
-    out.Write(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
   } else {
-    // Only an oversized string value (a layer name nobody uses) gets here.
-    std::string buffer(needed, '\0');
-    const char* end = FillPiece<T>(buffer.data(), seq, values...);
-    out.Write(std::string_view(buffer.data(), static_cast<std::size_t>(end - buffer.data())));
+    WriteFilledPiece<T>(out, Clean(values)...);
   }
 }
 
