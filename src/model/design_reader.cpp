@@ -51,6 +51,10 @@ class Extent {
       Add(other.right_ + offset.x, other.bottom_ + offset.y);
     }
   }
+  bool Within(int64_t limit) const {
+    return std::max({-left_, -top_, right_, bottom_}) <= limit &&
+           std::min({left_, top_, right_, bottom_}) >= -limit;
+  }
   // An empty extent is the empty box at the origin.
   CRect rect() const { return {Clamp(left_), Clamp(top_), Clamp(right_), Clamp(bottom_)}; }
 
@@ -486,7 +490,16 @@ class DocumentReader {
       }
       return true;
     });
-    symbol->bbox = bbox ? *bbox : extent.rect();
+    if (bbox) {
+      symbol->bbox = *bbox;
+    } else if (!extent.Within(kCoordinateLimit)) {
+      // Locations of nested vectors add up; the box around them must still be a place.
+      in_.Fail("the vectors reach beyond the coordinate range -" +
+               std::to_string(kCoordinateLimit) + " to " + std::to_string(kCoordinateLimit) +
+               "; give the symbol a bbox");
+    } else {
+      symbol->bbox = extent.rect();
+    }
     return data_.symbols.emplace_back(std::move(symbol)).get();
   }
 
@@ -737,7 +750,9 @@ class DocumentReader {
 
   void ReadBorder(Border& border) {
     in_.Record([&](std::string_view key) {
-      constexpr const char* kCount = "a zone count of at least 1";
+      // Zone labels run out of digits after 99; each zone is drawn, so a count is kept small.
+      constexpr int32_t kMostZones = 99;
+      constexpr const char* kCount = "a zone count from 1 to 99";
       if (key == "visible") {
         border.visible = in_.Boolean();
       } else if (key == "line_width") {
@@ -747,9 +762,9 @@ class DocumentReader {
       } else if (key == "vertical_label_width") {
         border.verticalLabelWidth = in_.Int32();
       } else if (key == "horizontal_count") {
-        border.horizontalCount = in_.Int32AtLeast(1, kCount);
+        border.horizontalCount = in_.Int32Within(1, kMostZones, kCount);
       } else if (key == "vertical_count") {
-        border.verticalCount = in_.Int32AtLeast(1, kCount);
+        border.verticalCount = in_.Int32Within(1, kMostZones, kCount);
       } else if (key == "horizontal_letters") {
         border.horizontalLetters = in_.Boolean();
       } else if (key == "vertical_letters") {
@@ -781,16 +796,16 @@ class DocumentReader {
     });
   }
 
-  // The page is mapped in whole tenths of its pin-to-pin value; both sizes must stay 32-bit
-  // integers once divided.
+  // The page is mapped in whole tenths of its pin-to-pin value; in those units both sizes are
+  // places on the page like any other.
   void CheckPageSize(const Page& page, std::string_view key, int32_t size) {
     const double tenths = std::trunc(size / (page.pinToPin * 0.1));
-    if (tenths < INT32_MIN || tenths > INT32_MAX) {
+    if (tenths < -kCoordinateLimit || tenths > kCoordinateLimit) {
       char text[40];
       std::snprintf(text, sizeof text, "%.0f", tenths);
       in_.FailAt(key, "the page " + std::string(key) + " " + std::to_string(size) + " is " + text +
-                          " tenths of pin_to_pin " + std::to_string(page.pinToPin) +
-                          ", beyond 32 bits");
+                          " tenths of pin_to_pin " + std::to_string(page.pinToPin) + ", beyond " +
+                          std::to_string(kCoordinateLimit));
     }
   }
 
@@ -805,7 +820,8 @@ class DocumentReader {
       } else if (key == "height") {
         page.height = in_.Int32();
       } else if (key == "pin_to_pin_scale_factor") {
-        page.pinToPinScaleFactor = in_.FiniteNumber();
+        page.pinToPinScaleFactor = in_.NumberWithin(-kScaleFactorLimit, kScaleFactorLimit,
+                                                    "a pin-to-pin scale factor from -32 to 32");
       } else if (key == "border") {
         ReadBorder(page.border);
       } else if (key == "title_blocks") {

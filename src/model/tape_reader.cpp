@@ -127,11 +127,22 @@ int32_t TapeReader::Int32() {
 }
 
 int32_t TapeReader::Int32AtLeast(int32_t least, std::string_view what) {
+  return Int32Within(least, INT32_MAX, what);
+}
+
+int32_t TapeReader::Int32Within(int32_t least, int32_t most, std::string_view what) {
   const Token& token = Peek();
-  if (token.kind == Token::Kind::kInteger && token.integer < least) {
+  if ((token.kind == Token::Kind::kInteger && (token.integer < least || token.integer > most)) ||
+      (token.kind == Token::Kind::kUnsigned && most < INT32_MAX)) {
     Expected(what);
   }
   return Int32();
+}
+
+int32_t TapeReader::Coordinate() {
+  static const std::string kWhat = "a coordinate from " + std::to_string(-kCoordinateLimit) +
+                                   " to " + std::to_string(kCoordinateLimit);
+  return Int32Within(-kCoordinateLimit, kCoordinateLimit, kWhat);
 }
 
 uint8_t TapeReader::Byte() {
@@ -152,7 +163,7 @@ bool TapeReader::Boolean() {
   return token.boolean;
 }
 
-double TapeReader::FiniteNumber() {
+double TapeReader::NumberWithin(double least, double most, std::string_view what) {
   const Token& token = Peek();
   double value = 0.0;
   switch (token.kind) {
@@ -168,8 +179,8 @@ double TapeReader::FiniteNumber() {
     default:
       Expected("a number");
   }
-  if (!std::isfinite(value)) {
-    Expected("a finite number");
+  if (!(value >= least && value <= most)) {
+    Expected(what);
   }
   ++at_;
   return value;
@@ -190,7 +201,7 @@ CPoint TapeReader::Point() {
     Expected("[x, y] of two integers");
   }
   CPoint point;
-  List([&](std::size_t index) { (index == 0 ? point.x : point.y) = Int32(); });
+  List([&](std::size_t index) { (index == 0 ? point.x : point.y) = Coordinate(); });
   return point;
 }
 
@@ -200,7 +211,7 @@ CRect TapeReader::Rect() {
     Expected("[left, top, right, bottom] of four integers");
   }
   int32_t values[4] = {};
-  List([&](std::size_t index) { values[index] = Int32(); });
+  List([&](std::size_t index) { values[index] = Coordinate(); });
   return {values[0], values[1], values[2], values[3]};
 }
 

@@ -18,6 +18,14 @@
 
 namespace kalmor::model::detail {
 
+// Places and sizes on a page lie within this many units of the origin, and the pin-to-pin scale
+// factor within this factor of 1:1. The page arithmetic adds up to a few of them (a placed box
+// plus a location, flipped at the page height, plus a text's location and extent; symbol points
+// scaled by the factor and moved by a location) in 32 bits, and these limits keep every such sum
+// far inside that range; no real drawing comes near them.
+inline constexpr int32_t kCoordinateLimit = 1 << 24;
+inline constexpr double kScaleFactorLimit = 32.0;
+
 // A complaint about a document: where (a JSON pointer) and what.
 struct DocumentFault {
   std::string pointer;
@@ -71,9 +79,11 @@ class TapeReader {
 
   int32_t Int32();
   int32_t Int32AtLeast(int32_t least, std::string_view what);
+  int32_t Int32Within(int32_t least, int32_t most, std::string_view what);
+  int32_t Coordinate();  // within kCoordinateLimit
   uint8_t Byte();
   bool Boolean();
-  double FiniteNumber();
+  double NumberWithin(double least, double most, std::string_view what);
   std::string String();
   CPoint Point();
   CRect Rect();
