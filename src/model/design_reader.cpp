@@ -24,6 +24,7 @@ constexpr int32_t kFormatVersion = 1;
 constexpr uint64_t kMaxOccurrences = uint64_t{1} << 22;
 constexpr std::size_t kMaxFaceBytes = sizeof(LogFont::lfFaceName) - 1;
 constexpr const char* kMissing = "required, but missing";
+constexpr int kMostVectorDepth = 32;
 
 // The box around some geometry, grown point by point.
 class Extent {
@@ -332,12 +333,19 @@ class DocumentReader {
           fields.location = in_.Point();
           break;
         case kMembersField:
+          // Each level is read (and later freed) by a call of its own; real symbols nest a
+          // level or two.
+          if (vectorDepth_ == kMostVectorDepth) {
+            in_.Fail("vectors nested more than " + std::to_string(kMostVectorDepth) + " deep");
+          }
+          ++vectorDepth_;
           fields.members.reserve(in_.ListSize());
           in_.List([&](std::size_t) {
             Graphic member = ReadGraphic(true);
             fields.membersExtent.Add(member.extent, CPoint{});
             fields.members.push_back(std::move(member.object));
           });
+          --vectorDepth_;
           break;
       }
       return true;
@@ -1145,6 +1153,7 @@ class DocumentReader {
   std::unordered_map<std::string, const Symbol*> symbolsByName_;
   std::optional<std::string> rootName_;
   std::vector<BlockRef> blocks_;
+  int vectorDepth_ = 0;  // vectors open around the graphic being read
 };
 
 std::string Located(std::string_view documentName, std::string_view json, std::size_t offset,
