@@ -159,7 +159,7 @@ struct BlockRef {
 };
 
 std::string Quoted(std::string_view text) {
-  return "\"" + std::string(text) + "\"";
+  return "\"" + Abbreviated(text) + "\"";
 }
 
 class DocumentReader {
@@ -1055,12 +1055,12 @@ class DocumentReader {
           for (const Visit& step : path) {
             inCycle = inCycle || step.schematic == target;
             if (inCycle) {
-              chain += step.schematic->name + " -> ";
+              chain += Abbreviated(step.schematic->name) + " -> ";
             }
           }
           throw DocumentFault{block.Pointer(), "schematic " + Quoted(target->name) +
-                                                   " instantiates itself (" + chain + target->name +
-                                                   ")"};
+                                                   " instantiates itself (" + chain +
+                                                   Abbreviated(target->name) + ")"};
         }
         if (marks[target] == Mark::kNew) {
           marks[target] = Mark::kOpen;
@@ -1162,7 +1162,13 @@ std::string Located(std::string_view documentName, std::string_view json, std::s
   std::string text = std::string(documentName) + ":" + std::to_string(where.line) + ":" +
                      std::to_string(where.column) + ": ";
   if (!pointer.empty()) {
-    text += pointer + ": ";
+    // Member names are the document's own and may be of any length.
+    for (std::size_t step = 0; step < pointer.size();) {
+      const std::size_t next = std::min(pointer.find('/', step + 1), pointer.size());
+      text += Abbreviated(std::string_view(pointer).substr(step, next - step));
+      step = next;
+    }
+    text += ": ";
   }
   return text + message;
 }

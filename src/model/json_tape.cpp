@@ -57,7 +57,7 @@ class TapeBuilder final : public nlohmann::json_sax<Json> {
     error_.pointer = OpenPointer();
     constexpr int kNumberOverflow = 406;
     if (ex.id == kNumberOverflow) {
-      error_.message = "the number " + lastToken + " is too large to hold";
+      error_.message = "the number " + Abbreviated(lastToken) + " is too large to hold";
       return false;
     }
     // nlohmann's text reads "[json.exception...] parse error at line L, column C: what"; the
@@ -67,6 +67,12 @@ class TapeBuilder final : public nlohmann::json_sax<Json> {
       if (const std::size_t colon = what.find(": ", column); colon != std::string_view::npos) {
         what.remove_prefix(colon + 2);
       }
+    }
+    // What the parser last read can be a whole unterminated string.
+    if (const std::size_t last = what.find("; last read: "); last != std::string_view::npos) {
+      error_.message = "not valid JSON: " + std::string(what.substr(0, last)) +
+                       "; last read: " + Abbreviated(what.substr(last + 13));
+      return false;
     }
     error_.message = "not valid JSON: " + std::string(what);
     return false;
@@ -152,6 +158,18 @@ bool JsonTape::Parse(std::string_view text, SyntaxError& error) {
     tokens_.shrink_to_fit();
   }
   return ok;
+}
+
+std::string Abbreviated(std::string_view text) {
+  constexpr std::size_t kLongest = 64;
+  if (text.size() <= kLongest) {
+    return std::string(text);
+  }
+  std::size_t cut = kLongest - 3;
+  while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) {
+    --cut;  // not inside a character
+  }
+  return std::string(text.substr(0, cut)) + "...";
 }
 
 void AppendPointerKey(std::string& pointer, std::string_view key) {

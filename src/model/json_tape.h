@@ -62,6 +62,10 @@ class JsonTape {
   std::string strings_;
 };
 
+// `text` as a message quotes it: whole when short, else its first few dozen bytes and "...",
+// so that a name of megabytes gives a message of a line.
+std::string Abbreviated(std::string_view text);
+
 // Appends `key` to `pointer` as one JSON-pointer step ("~" and "/" escaped).
 void AppendPointerKey(std::string& pointer, std::string_view key);
 
