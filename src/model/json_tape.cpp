@@ -8,9 +8,116 @@ namespace kalmor::model::detail {
 
 using Json = nlohmann::json;
 
+namespace {
+
+// A byte of a string that is not part of a UTF-8 character, and where it belongs: in which
+// string or member name of the text (counting from 0 in text order) and at which byte of its
+// value.
+struct ForeignByte {
+  std::size_t string;
+  std::size_t at;
+  char byte;
+};
+
+// The length of the well-formed UTF-8 character at the start of `s`, or 0 when there is none.
+std::size_t Utf8CharLength(std::string_view s) {
+  const auto byte = [&](std::size_t i) {
+    return i < s.size() ? static_cast<unsigned char>(s[i]) : 0u;
+  };
+  const auto within = [&](std::size_t i, unsigned low, unsigned high) {
+    return byte(i) >= low && byte(i) <= high;
+  };
+  const unsigned lead = byte(0);
+  if (lead < 0x80) {
+    return 1;
+  }
+  unsigned low = 0x80;
+  unsigned high = 0xBF;
+  std::size_t length = 0;
+  if (lead >= 0xC2 && lead <= 0xDF) {
+    length = 2;
+  } else if (lead >= 0xE0 && lead <= 0xEF) {
+    length = 3;
+    low = lead == 0xE0 ? 0xA0 : 0x80;   // no overlong forms
+    high = lead == 0xED ? 0x9F : 0xBF;  // no surrogates
+  } else if (lead >= 0xF0 && lead <= 0xF4) {
+    length = 4;
+    low = lead == 0xF0 ? 0x90 : 0x80;
+    high = lead == 0xF4 ? 0x8F : 0xBF;  // nothing beyond U+10FFFF
+  } else {
+    return 0;
+  }
+  if (!within(1, low, high)) {
+    return 0;
+  }
+  for (std::size_t i = 2; i < length; ++i) {
+    if (!within(i, 0x80, 0xBF)) {
+      return 0;
+    }
+  }
+  return length;
+}
+
+// The bytes of the decoded value that the escape at the start of `s` ("\n", "\u00e9", a
+// surrogate pair) stands for, and its length in the text.
+std::pair<std::size_t, std::size_t> EscapeLengths(std::string_view s) {
+  if (s.size() < 6 || s[1] != 'u') {
+    return {1, 2};
+  }
+  uint32_t code = 0;
+  std::from_chars(s.data() + 2, s.data() + 6, code, 16);
+  if (code >= 0xD800 && code < 0xDC00 && s.substr(6, 2) == "\\u") {
+    return {4, 12};
+  }
+  return {code < 0x80 ? 1 : code < 0x800 ? 2 : 3, 6};
+}
+
+// The host's names and texts are bytes in whatever code page it uses; JSON readers accept only
+// UTF-8. Every string byte that is not part of a UTF-8 character is listed in `foreign` and
+// replaced by '?' (one byte for one, so that offsets in errors stay right) in the text the
+// parser reads; the tape then puts the bytes back. Bytes outside strings are left for the
+// parser to refuse.
+std::string_view ReadableText(std::string_view text, std::string& copy,
+                              std::vector<ForeignByte>& foreign) {
+  bool inString = false;
+  std::size_t string = 0;
+  std::size_t decoded = 0;
+  for (std::size_t i = 0; i < text.size();) {
+    const char c = text[i];
+    if (!inString) {
+      inString = c == '"';
+      decoded = 0;
+      ++i;
+    } else if (c == '"') {
+      inString = false;
+      ++string;
+      ++i;
+    } else if (c == '\\') {
+      const auto [bytes, length] = EscapeLengths(text.substr(i));
+      decoded += bytes;
+      i += length;
+    } else if (const std::size_t length = Utf8CharLength(text.substr(i)); length != 0) {
+      decoded += length;
+      i += length;
+    } else {
+      if (copy.empty()) {
+        copy = text;
+      }
+      foreign.push_back({string, decoded, c});
+      copy[i] = '?';
+      ++decoded;
+      ++i;
+    }
+  }
+  return foreign.empty() ? text : std::string_view(copy);
+}
+
+}  // namespace
+
 class TapeBuilder final : public nlohmann::json_sax<Json> {
  public:
-  TapeBuilder(JsonTape& tape, SyntaxError& error) : tape_(tape), error_(error) {}
+  TapeBuilder(JsonTape& tape, SyntaxError& error, const std::vector<ForeignByte>& foreign)
+      : tape_(tape), error_(error), foreign_(foreign) {}
 
   bool null() override { return Scalar(Token::Kind::kNull); }
   bool boolean(bool value) override {
@@ -106,6 +213,11 @@ class TapeBuilder final : public nlohmann::json_sax<Json> {
     token.offset = tape_.strings_.size();
     token.size = static_cast<uint32_t>(value.size());
     tape_.strings_.append(value);
+    for (; nextForeign_ < foreign_.size() && foreign_[nextForeign_].string == stringsRead_;
+         ++nextForeign_) {
+      tape_.strings_[token.offset + foreign_[nextForeign_].at] = foreign_[nextForeign_].byte;
+    }
+    ++stringsRead_;
   }
   bool Open(Token::Kind kind) {
     const std::size_t index = tape_.tokens_.size();
@@ -142,6 +254,9 @@ class TapeBuilder final : public nlohmann::json_sax<Json> {
   JsonTape& tape_;
   SyntaxError& error_;
   std::vector<Level> open_;
+  const std::vector<ForeignByte>& foreign_;
+  std::size_t nextForeign_ = 0;
+  std::size_t stringsRead_ = 0;  // strings and member names, in text order
 };
 
 bool JsonTape::Parse(std::string_view text, SyntaxError& error) {
@@ -149,8 +264,11 @@ bool JsonTape::Parse(std::string_view text, SyntaxError& error) {
   strings_.clear();
   // A token per eight bytes of text covers typical documents without regrowing.
   tokens_.reserve(text.size() / 8 + 16);
-  TapeBuilder builder(*this, error);
-  const bool ok = Json::sax_parse(text.begin(), text.end(), &builder);
+  std::string copy;
+  std::vector<ForeignByte> foreign;
+  const std::string_view readable = ReadableText(text, copy, foreign);
+  TapeBuilder builder(*this, error, foreign);
+  const bool ok = Json::sax_parse(readable.begin(), readable.end(), &builder);
   if (!ok) {
     tokens_ = {};
     strings_ = {};
