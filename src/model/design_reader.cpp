@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <iterator>
 #include <limits>
 #include <optional>
@@ -1195,12 +1195,19 @@ std::unique_ptr<Design> ReadDesignDocument(std::string_view json, std::string_vi
 }
 
 std::unique_ptr<Design> LoadDesignDocument(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
+  // Read with the C library, whose errors keep their reason: a stream reading a directory
+  // throws a message that names no file.
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
+                                                             &std::fclose);
+  if (file == nullptr) {
     throw DesignDocumentError(path + ": cannot open: " + std::strerror(errno));
   }
-  const std::string json{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  if (in.bad()) {
+  std::string json;
+  char buffer[1 << 16];
+  while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, file.get())) {
+    json.append(buffer, got);
+  }
+  if (std::ferror(file.get()) != 0) {
     throw DesignDocumentError(path + ": cannot read: " + std::strerror(errno));
   }
   return ReadDesignDocument(json, path);
