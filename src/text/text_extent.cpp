@@ -1,5 +1,6 @@
 #include "text/text_extent.h"
 
+#include "text/saturate.h"
 #include "text/vel_text.h"
 
 namespace kalmor {
@@ -7,7 +8,9 @@ namespace kalmor {
 CRect MeasureTextExtent(const std::string& text, const LogFont& font) {
   const CVelText shape(text, CPoint{0, 0}, font, CVelText::kStyleText, CVelText::kFormatCalcRect);
   const CRect box = shape.GetBoundingRect();
-  return {0, 0, box.right - box.left, box.bottom - box.top};
+  // A text of very many lines can reach beyond the 32-bit range on both sides of its anchor.
+  return {0, 0, detail::SaturateToInt32(int64_t{box.right} - box.left),
+          detail::SaturateToInt32(int64_t{box.bottom} - box.top)};
 }
 
 }  // namespace kalmor
