@@ -164,7 +164,9 @@ void DrawCommentText(const Placer& at, const DboBaseObject* object) {
                                          DboCommentText::sGetBoundingBoxTop(object, st)});
   std::string text = DboCommentText::sGetText(object, st);
   const CRect extent = MeasureTextExtent(text, font);
-  const CPoint far{corner.x + extent.right - extent.left, corner.y + extent.bottom - extent.top};
+  // The measured size of a text of very many lines can be as large as 32 bits hold.
+  const CPoint far{TruncateToInt(static_cast<double>(corner.x) + extent.right - extent.left),
+                   TruncateToInt(static_cast<double>(corner.y) + extent.bottom - extent.top)};
   DxfTextBox(at.out, layer::kPartText, std::move(text), font, at.rotation, at.pageScale,
              TruncateToInt(at.PlacedX(corner)), TruncateToInt(at.PlacedX(far)),
              TruncateToInt(at.PlacedY(corner)), TruncateToInt(at.PlacedY(far)));
