@@ -1,9 +1,9 @@
 #include "cli/files.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
+#include <memory>
 
 #include "cli/commands.h"
 #include "dxf/output_file.h"
@@ -11,12 +11,18 @@
 namespace kalmor::cli {
 
 std::string ReadWholeFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+  // The C library keeps the reason of a failed read; a stream reading a directory throws a
+  // message of its own that names no file.
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
+                                                             &std::fclose);
   std::string bytes;
-  if (in) {
-    bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  if (file != nullptr) {
+    char buffer[1 << 16];
+    while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, file.get())) {
+      bytes.append(buffer, got);
+    }
   }
-  if (!in && !in.eof()) {
+  if (file == nullptr || std::ferror(file.get()) != 0) {
     throw InputError("cannot read " + path + ": " + std::strerror(errno));
   }
   return bytes;
