@@ -1,0 +1,36 @@
+#pragma once
+
+// A whole design export, as DesignToDXF walks it, with each page written into memory instead
+// of a file: the hardening tests look at the bytes without touching the disk.
+
+#include <string>
+#include <vector>
+
+#include "dxf/byte_sink.h"
+#include "dxf/skeleton.h"
+#include "export/dxf_export.h"
+#include "host/dbo.h"
+#include "page/page_walk.h"
+
+namespace kalmor::testing {
+
+// The file bytes of every page the design export writes, in its order, frame and title blocks
+// included.
+inline std::vector<std::string> ExportPagesInMemory(const DboDesign& design) {
+  std::vector<std::string> pages;
+  DboState state;
+  VisitDesignPages(
+      design, state,
+      [&](const DboPage& page, const DboInstOccurrence* occurrence, const std::string&) {
+        MemorySink sink;
+        DboState status;
+        DxfWriteHeader(sink);
+        DxfWriteEntitiesOpen(sink);
+        PageTranslator(status, page, occurrence, 1, 1, sink, {});
+        DxfWriteEnd(sink);
+        pages.push_back(sink.bytes());
+      });
+  return pages;
+}
+
+}  // namespace kalmor::testing

@@ -1,0 +1,304 @@
+// Design documents made to hurt the reader and the export: nesting far deeper than any design,
+// strings of 20 MB, a polygon of a million points, bytes that are not UTF-8 and files that
+// cannot be read. Each is refused with a short error that says where, or read and exported
+// whole.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/run_kalmor.h"
+#include "export/dxf_export.h"
+#include "hardening/dxf_page_check.h"
+#include "hardening/export_in_memory.h"
+#include "model/design.h"
+#include "model/design_reader.h"
+#include "support/paths.h"
+
+namespace kalmor::testing {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+constexpr std::size_t kDeep = 100000;
+constexpr std::size_t kHuge = 20 * 1024 * 1024;
+constexpr std::size_t kLong = 1024 * 1024;
+// Messages quote what they complain about, but never a whole huge value.
+constexpr std::size_t kLongestMessage = 1024;
+
+std::string Repeat(std::string_view piece, std::size_t times) {
+  std::string text;
+  text.reserve(piece.size() * times);
+  for (std::size_t i = 0; i < times; ++i) {
+    text += piece;
+  }
+  return text;
+}
+
+// A design with one schematic S and one page P holding `pageMembers`, and `symbols`. The page
+// shows no frame, so that every record written comes from the members.
+std::string Document(const std::string& pageMembers, const std::string& symbols = "{}",
+                     const std::string& names = R"("name": "D")") {
+  return R"({"kalmor_design": 1, )" + names + R"(, "symbols": )" + symbols +
+         R"(, "schematics": [{"name": "S", "pages": [{"name": "P", "border": {"visible": false})" +
+         (pageMembers.empty() ? "" : ", " + pageMembers) + "}]}]}";
+}
+
+// One text of each kind that a page writes, and the design's name.
+struct TextsOfEveryKind {
+  std::string designName;
+  std::string value;  // of a part's property
+  std::string pinName;
+  std::string pinNumber;
+  std::string symbolText;  // a comment text of the part's symbol, measured to place it
+  std::string alias;       // a wire's net name
+  std::string comment;     // a comment text on the page
+};
+
+std::string Document(const TextsOfEveryKind& t) {
+  return Document(R"("parts": [{"id": "U1", "symbol": {"vectors": [
+                      {"type": "text", "rect": [0, 0, 10, 10], "text": ")" +
+                      t.symbolText + R"("}]},
+                    "properties": [{"name": "Value", "value": ")" +
+                      t.value + R"("}],
+                    "pins": [{"name": ")" +
+                      t.pinName + R"(", "number": ")" + t.pinNumber +
+                      R"(", "start": [0, 5], "end": [10, 5]}]}],
+                  "wires": [{"start": [0, 0], "end": [1, 0],
+                             "aliases": [{"name": ")" +
+                      t.alias + R"(", "location": [0, 0]}]}],
+                  "graphics": [{"type": "text", "rect": [0, 0, 10, 10], "text": ")" +
+                      t.comment + R"("}])",
+                  "{}", R"("name": ")" + t.designName + R"(")");
+}
+
+// The message of the error that reading `json` raises, or "" when it reads.
+std::string ReadError(const std::string& json) {
+  try {
+    model::ReadDesignDocument(json, "hostile.json");
+  } catch (const model::DesignDocumentError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+// The most memory the process has held at once since it started, or since "5" was last
+// written to /proc/self/clear_refs.
+std::size_t PeakResidentBytes() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("VmHWM:")) {
+      return std::stoul(line.substr(6)) * 1024;
+    }
+  }
+  return 0;
+}
+
+// The value lines of the TEXT records of a page, in order.
+std::vector<std::string> TextValues(const std::string& dxf) {
+  std::vector<std::string> values;
+  std::size_t at = dxf.find("ENTITIES");
+  while ((at = dxf.find("\r\n 1\r\n", at)) != std::string::npos) {
+    at += 6;
+    const std::size_t end = dxf.find("\r\n", at);
+    values.push_back(dxf.substr(at, end - at));
+  }
+  return values;
+}
+
+// The values of the TEXT records of the one page of `design`, in order, after checking that
+// the page is a whole file.
+std::vector<std::string> PageTexts(const model::Design& design) {
+  const std::vector<std::string> pages = ExportPagesInMemory(design);
+  if (pages.size() != 1) {
+    ADD_FAILURE() << pages.size() << " pages";
+    return {};
+  }
+  EXPECT_EQ(DxfPageProblem(pages[0]), "");
+  return TextValues(pages[0]);
+}
+
+TEST(HostileDocumentsTest, NestingAHundredThousandDeepIsRefusedWithItsPlace) {
+  const std::string vector = R"({"type": "vector", "location": [0, 0], "members": [)";
+  struct Case {
+    std::string name;
+    std::string json;
+    std::string message;
+  };
+  const std::vector<Case> cases = {
+      {"arrays as the document", Repeat("[", kDeep) + Repeat("]", kDeep),
+       "hostile.json:1:1: expected an object (a design document), got an array of 1 value"},
+      {"arrays as the schematics",
+       R"({"kalmor_design": 1, "name": "D", "schematics": )" + Repeat("[", kDeep) +
+           Repeat("]", kDeep) + "}",
+       "/schematics/0: expected an object, got an array of 1 value"},
+      {"objects in an unknown field",
+       R"({"kalmor_design": 1, "name": "D", "schematics": [], "x": )" + Repeat(R"({"a": )", kDeep) +
+           "1" + Repeat("}", kDeep) + "}",
+       "/x: unknown field"},
+      {"arrays left open", R"({"kalmor_design": 1, "schematics": )" + Repeat("[", kDeep),
+       "not valid JSON: syntax error while parsing value - unexpected end of input"},
+      {"vectors in vectors",
+       Document("", R"({"S": {"vectors": [)" + Repeat(vector, kDeep) +
+                        R"({"type": "line", "start": [0, 0], "end": [1, 1]})" +
+                        Repeat("]}", kDeep) + "]}}"),
+       "/members: vectors nested more than 32 deep"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string message = ReadError(c.json);
+    EXPECT_THAT(message, HasSubstr(c.message));
+    EXPECT_THAT(message, StartsWith("hostile.json:"));
+  }
+}
+
+// Texts of 20 MB where each kind of text is written: a pin name (its overbars converted), a
+// symbol's text (measured), a comment text (laid out in its box); other texts are long too.
+TEST(HostileDocumentsTest, TwentyMegabyteStringsAreReadAndWrittenCut) {
+  const std::string huge(kHuge, 'x');
+  const std::string longText(kLong, 'x');
+  TextsOfEveryKind texts{.designName = longText,
+                         .value = longText,
+                         .pinName = Repeat(R"(N\\)", kHuge / 2),  // every character overlined
+                         .pinNumber = "",
+                         .symbolText = huge,
+                         .alias = longText,
+                         .comment = huge};
+  const auto design = model::ReadDesignDocument(Document(texts), "huge.json");
+  EXPECT_EQ(design->name(), longText);
+  const std::string cut(250, 'x');
+  // The pin's name is one overlined run, cut after its toggle and 247 letters; its number is
+  // empty.
+  EXPECT_THAT(PageTexts(*design),
+              ::testing::ElementsAre(cut, "%%o" + std::string(247, 'N'), "", cut, cut, cut));
+}
+
+// Whatever a complaint quotes (a member name, a symbol, a type, an id, a schematic, what the
+// parser read last), it quotes a few dozen bytes of it.
+TEST(HostileDocumentsTest, LongStringsInComplaintsAreShortened) {
+  const std::string y(kLong, 'y');
+  const std::vector<std::string> documents = {
+      R"({"kalmor_design": 1, "name": "D", "schematics": [], ")" + y + R"(": 1})",
+      Document(R"("globals": [{"symbol": ")" + y + R"("}])"),
+      Document(R"("graphics": [{"type": ")" + y + R"("}])"),
+      Document(R"("parts": [{"id": ")" + y + R"(/", "symbol": {}}])"),
+      R"({"kalmor_design": 1, "name": "D", "root": ")" + y + R"(", "schematics": []})",
+      Document("", R"({"S": {"vectors": [{"type": "text", "rect": [0, 0, 1, 1], "text": "t",
+                     "font": {"face": ")" +
+                       y + R"("}}]}})"),
+      R"({"kalmor_design": 1, "name": ")" + y,
+  };
+  for (const std::string& json : documents) {
+    const std::string message = ReadError(json);
+    EXPECT_THAT(message, StartsWith("hostile.json:"));
+    EXPECT_LE(message.size(), kLongestMessage) << message.substr(0, kLongestMessage);
+  }
+}
+
+// Text taller than 32 bits: many lines in the largest font, measured for a symbol's text box.
+TEST(HostileDocumentsTest, SymbolTextTallerThanThirtyTwoBitsIsWrittenLineByLine) {
+  const std::string lines = Repeat("\\r", 40000);
+  for (const int escapement : {0, 900, 1800, 2700}) {
+    SCOPED_TRACE(escapement);
+    const std::string json = Document(R"("parts": [{"id": "U1", "location": [100, 100],
+        "symbol": {"vectors": [{"type": "text", "rect": [0, 0, 10, 10], "text": ")" +
+                                      lines + R"(",
+          "font": {"height": -2147483647, "escapement": )" +
+                                      std::to_string(escapement) + "}}]}}]");
+    EXPECT_EQ(PageTexts(*model::ReadDesignDocument(json, "tall.json")).size(), 40001u);
+  }
+}
+
+// Bytes of names and texts are the host's: whatever they are, they reach the file unchanged.
+TEST(HostileDocumentsTest, BytesThatAreNotUtf8PassThroughUnchanged) {
+  // A lone continuation byte, a lead byte without its continuation, an overlong slash, an
+  // encoded surrogate, a byte never used, a sequence cut by the end of the string, and text in
+  // a single-byte code page.
+  const std::vector<std::string> samples = {"\x80",
+                                            "\xc3(",
+                                            "\xc0\xaf",
+                                            "\xed\xa0\x80",
+                                            "\xff",
+                                            "ab\xe2\x82",
+                                            "Stra\xdf"
+                                            "e \xc4rger"};
+  for (const std::string& bytes : samples) {
+    SCOPED_TRACE(::testing::PrintToString(bytes));
+    const TextsOfEveryKind texts{bytes, bytes, bytes, bytes, bytes, bytes, "\\u00e9" + bytes};
+    const auto design = model::ReadDesignDocument(Document(texts), "bytes.json");
+    EXPECT_EQ(design->name(), bytes);
+    EXPECT_THAT(PageTexts(*design),
+                ::testing::ElementsAre(bytes, bytes, bytes, bytes, bytes, "\xc3\xa9" + bytes));
+  }
+  // Outside strings such bytes are not JSON.
+  EXPECT_THAT(ReadError(Document(R"("width": 1)"
+                                 "\xff")),
+              HasSubstr("not valid JSON"));
+}
+
+// A million points go out as a million vertices through the file's own buffer: the export adds
+// little to the memory the design already takes.
+TEST(HostileDocumentsTest, MillionPointPolygonIsStreamedToItsFile) {
+  constexpr int kPoints = 1000000;
+  std::string points;
+  points.reserve(kPoints * 16);
+  for (int i = 0; i < kPoints; ++i) {
+    points +=
+        (i == 0 ? "[" : ", [") + std::to_string(i % 10000) + ", " + std::to_string(i / 100) + "]";
+  }
+  const auto design = model::ReadDesignDocument(
+      Document(R"("graphics": [{"type": "polygon", "width": 1, "points": [)" + points + "]}]"),
+      "million.json");
+
+  const TempDir temp;
+  std::ofstream("/proc/self/clear_refs") << "5";  // the peak starts again from here
+  const std::size_t before = PeakResidentBytes();
+  DesignToDXF(design.get(), (temp / "million.dxf").string(), 0, 1, 1);
+  const std::size_t growth = PeakResidentBytes() - before;
+
+  const std::string dxf = ReadFileBytes(temp / "million_S_P.dxf");
+  EXPECT_EQ(DxfPageProblem(dxf), "");
+  std::size_t vertices = 0;
+  for (std::size_t at = 0; (at = dxf.find("\r\nVERTEX\r\n", at)) != std::string::npos; ++at) {
+    ++vertices;
+  }
+  EXPECT_EQ(vertices, std::size_t{kPoints});
+  EXPECT_GT(dxf.size(), 60u * kPoints);
+  EXPECT_LT(growth, dxf.size() / 8) << "the export held " << growth << " bytes at its peak";
+}
+
+TEST(HostileDocumentsTest, FileThatCannotBeReadIsNamedWithTheReason) {
+  const TempDir temp;
+  std::ofstream(temp / "plain") << "{}";
+  const std::string folder = temp.path().string();
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {folder, ": cannot read: Is a directory"},
+      {(temp / "missing.json").string(), ": cannot open: No such file or directory"},
+      {(temp / "plain" / "x.json").string(), ": cannot open: Not a directory"},
+  };
+  for (const auto& [path, reason] : cases) {
+    try {
+      model::LoadDesignDocument(path);
+      ADD_FAILURE() << path << " was read";
+    } catch (const model::DesignDocumentError& error) {
+      EXPECT_EQ(std::string(error.what()), path + reason);
+    }
+  }
+  // The command reads designs and DXF files alike.
+  const CommandResult check = RunKalmor({"check", folder});
+  EXPECT_EQ(check.status, 1);
+  EXPECT_EQ(check.err, "kalmor: " + folder + ": cannot read: Is a directory\n");
+  const CommandResult render = RunKalmor({"render", folder, "-o", (temp / "x.svg").string()});
+  EXPECT_EQ(render.status, 1);
+  EXPECT_EQ(render.err, "kalmor: cannot read " + folder + ": Is a directory\n");
+}
+
+}  // namespace
+}  // namespace kalmor::testing

@@ -1,0 +1,196 @@
+// Every integer field of a design document, set to the most negative and the most positive
+// 32-bit value in turn: the document is either refused with an error that names the field, or
+// read and exported whole with finite numbers. Built with the sanitizers, an export that
+// overflows anywhere stops this test.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "hardening/dxf_page_check.h"
+#include "hardening/export_in_memory.h"
+#include "model/design.h"
+#include "model/design_reader.h"
+#include "model/tape_reader.h"
+#include "support/paths.h"
+
+namespace kalmor::testing {
+namespace {
+
+using nlohmann::json;
+
+constexpr int64_t kMin = std::numeric_limits<int32_t>::min();
+constexpr int64_t kMax = std::numeric_limits<int32_t>::max();
+constexpr int64_t kEdge = model::detail::kCoordinateLimit;
+
+// The last member name on the way to a value: "rect" for /a/rect/2, "points" for
+// /a/points/3/1.
+std::string FieldOf(const std::string& pointer) {
+  std::string field;
+  std::size_t start = 1;
+  while (start <= pointer.size()) {
+    const std::size_t end = std::min(pointer.find('/', start), pointer.size());
+    const std::string step = pointer.substr(start, end - start);
+    if (step.find_first_not_of("0123456789") != std::string::npos) {
+      field = step;
+    }
+    start = end + 1;
+  }
+  return field;
+}
+
+// Points, boxes and locations: places on the page.
+bool IsPlace(const std::string& pointer) {
+  static const std::set<std::string> kPlaces = {"start", "end",    "entry",  "location", "rect",
+                                                "bbox",  "extent", "points", "junctions"};
+  return kPlaces.count(FieldOf(pointer)) != 0;
+}
+
+// What the reader must refuse at `value`: places and sizes on the page (the page arithmetic
+// adds them up in 32 bits), bytes of the font record, zone counts (each zone is written, and
+// more than a few hundred make no frame), a pin-to-pin value that is not positive and any
+// other format version. Rotations, display types, kinds, type codes, line widths, label widths
+// and the font's numbers are taken at any value.
+bool MustRefuse(const std::string& pointer, int64_t value) {
+  static const std::regex kPageSize(R"(/schematics/\d+/pages/\d+/(width|height))");
+  static const std::set<std::string> kBytes = {"charset", "out_precision", "clip_precision",
+                                               "quality", "pitch_and_family"};
+  const std::string field = FieldOf(pointer);
+  if (field == "pin_to_pin") {
+    return value < 1;
+  }
+  return std::regex_match(pointer, kPageSize) || IsPlace(pointer) || kBytes.count(field) != 0 ||
+         field == "kalmor_design" || field == "horizontal_count" || field == "vertical_count";
+}
+
+TEST(IntegerExtremesTest, EveryFieldIsRefusedByNameOrExportedWhole) {
+  const json base =
+      json::parse(ReadFileBytes(SourceDir() / "tests/hardening/data/every_field.json"));
+  const json flat = base.flatten();
+  std::vector<std::string> pointers;
+  for (const auto& [pointer, value] : flat.items()) {
+    if (value.is_number_integer()) {
+      pointers.push_back(pointer);
+    }
+  }
+  ASSERT_GT(pointers.size(), 150u);  // the document sets every integer field somewhere
+
+  int refused = 0;
+  for (const std::string& pointer : pointers) {
+    for (const int64_t value : {kMin, kMax}) {
+      SCOPED_TRACE(pointer + " = " + std::to_string(value));
+      json document = flat;
+      document[pointer] = value;
+      const std::string text = document.unflatten().dump();
+      std::unique_ptr<model::Design> design;
+      try {
+        design = model::ReadDesignDocument(text, "every.json");
+      } catch (const model::DesignDocumentError& error) {
+        ++refused;
+        EXPECT_TRUE(MustRefuse(pointer, value)) << error.what();
+        EXPECT_THAT(error.what(), ::testing::HasSubstr(pointer + ": "));
+        continue;
+      }
+      EXPECT_FALSE(MustRefuse(pointer, value)) << "read without complaint";
+      const std::vector<std::string> pages = ExportPagesInMemory(*design);
+      ASSERT_EQ(pages.size(), 2u);
+      for (const std::string& page : pages) {
+        EXPECT_EQ(DxfPageProblem(page), "");
+      }
+    }
+  }
+  EXPECT_GT(refused, 0);
+}
+
+// Every place of the document at the edge of its range at once, with the scale factor at its
+// own edge: the sums of the page arithmetic stay inside 32 bits (the sanitizer build checks).
+TEST(IntegerExtremesTest, PlacesAtTheEdgesOfTheirRangeExportWithoutOverflow) {
+  const json flat =
+      json::parse(ReadFileBytes(SourceDir() / "tests/hardening/data/every_field.json")).flatten();
+  // Signs by the place's last index: all one way, or alternating so that boxes span 2 edges.
+  const std::vector<std::function<int64_t(int)>> patterns = {
+      [](int) { return kEdge; }, [](int) { return -kEdge; },
+      [](int i) { return i % 2 == 0 ? -kEdge : kEdge; },
+      [](int i) { return i % 2 == 0 ? kEdge : -kEdge; }};
+  for (std::size_t p = 0; p < patterns.size(); ++p) {
+    for (const double factor :
+         {model::detail::kScaleFactorLimit, -model::detail::kScaleFactorLimit}) {
+      SCOPED_TRACE("pattern " + std::to_string(p) + ", factor " + std::to_string(factor));
+      json document = flat;
+      for (const auto& [pointer, value] : flat.items()) {
+        if (value.is_number_integer() && IsPlace(pointer)) {
+          document[pointer] = patterns[p](std::stoi(pointer.substr(pointer.rfind('/') + 1)));
+        }
+      }
+      const std::string page = "/schematics/1/pages/0/";
+      document[page + "height"] = patterns[p](0) * 10;  // pin_to_pin 100: tenths are tens
+      document[page + "width"] = patterns[p](1) * 10;
+      document[page + "pin_to_pin_scale_factor"] = factor;
+      const auto design = model::ReadDesignDocument(document.unflatten().dump(), "edges.json");
+      for (const std::string& written : ExportPagesInMemory(*design)) {
+        EXPECT_EQ(DxfPageProblem(written), "");
+      }
+    }
+  }
+}
+
+TEST(IntegerExtremesTest, ScaleFactorBeyondItsRangeOrNotFiniteIsRefusedByName) {
+  const std::string pointer = "/schematics/0/pages/0/pin_to_pin_scale_factor";
+  const auto read = [](const std::string& factor) {
+    return model::ReadDesignDocument(
+        R"({"kalmor_design": 1, "name": "D", "schematics": [{"name": "S", "pages": [
+            {"name": "P", "pin_to_pin_scale_factor": )" +
+            factor + "}]}]}",
+        "factor.json");
+  };
+  for (const std::string factor : {"32", "-32", "0", "1e-300"}) {
+    EXPECT_NO_THROW(read(factor)) << factor;
+  }
+  const std::vector<std::pair<std::string, std::string>> refused = {
+      {"32.000001", "expected a pin-to-pin scale factor from -32 to 32, got 32.000000999999997"},
+      {"-1e6", "expected a pin-to-pin scale factor from -32 to 32, got -1000000"},
+      {"1e999", "the number 1e999 is too large to hold"},
+      {"-1e999", "the number -1e999 is too large to hold"},
+      {"NaN", "not valid JSON"},
+      {"Infinity", "not valid JSON"},
+      {"\"1.0\"", "expected a number, got a string"}};
+  for (const auto& [factor, message] : refused) {
+    try {
+      read(factor);
+      ADD_FAILURE() << factor << " was read";
+    } catch (const model::DesignDocumentError& error) {
+      EXPECT_THAT(error.what(), ::testing::HasSubstr(pointer + ": " + message)) << factor;
+    }
+  }
+}
+
+// Without a bbox, a symbol's box is the one around its vectors, nested locations added up; it
+// must still be a place.
+TEST(IntegerExtremesTest, SymbolWhoseVectorsReachBeyondTheRangeNeedsABox) {
+  const auto symbol = [](const std::string& bbox) {
+    return R"({"kalmor_design": 1, "name": "D", "symbols": {"S": {)" + bbox +
+           R"("vectors": [{"type": "vector", "location": [16777216, 0], "members": [
+             {"type": "polyline", "points": [[0, 0], [16777216, 0]]}]}]}},
+           "schematics": []})";
+  };
+  EXPECT_NO_THROW(model::ReadDesignDocument(symbol(R"("bbox": [0, 0, 10, 10], )"), "s.json"));
+  try {
+    model::ReadDesignDocument(symbol(""), "s.json");
+    ADD_FAILURE() << "read without a bbox";
+  } catch (const model::DesignDocumentError& error) {
+    EXPECT_THAT(error.what(),
+                ::testing::HasSubstr("/symbols/S: the vectors reach beyond the coordinate range "
+                                     "-16777216 to 16777216; give the symbol a bbox"));
+  }
+}
+
+}  // namespace
+}  // namespace kalmor::testing
