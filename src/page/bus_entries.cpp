@@ -1,8 +1,20 @@
+#include "dxf/layers.h"
+#include "page/page_polylines.h"
 #include "page/translators.h"
 
 namespace kalmor {
 
-// Not translated yet: writes nothing.
-void TranslateBusEntries(PageContext& /*page*/) {}
+// Every bus entry is a thin segment from its entry point to its end point.
+void TranslateBusEntries(PageContext& page) {
+  std::unique_ptr<DboPageBusEntriesIter> entries = page.page.NewBusEntriesIter(page.state);
+  if (entries == nullptr) {
+    return;
+  }
+  while (const DboBusEntry* entry = entries->NextBusEntry(page.state)) {
+    const CPoint from = entry->GetEntryPoint(page.state);
+    const CPoint to = entry->GetEndPoint(page.state);
+    detail::WriteSegment(page, layer::kWire, 0, from, to);
+  }
+}
 
 }  // namespace kalmor

@@ -1,8 +1,119 @@
+#include <cmath>
+#include <memory>
+#include <string>
+
+#include "dxf/layers.h"
+#include "dxf/polyline_records.h"
+#include "dxf/text_records.h"
+#include "page/page_polylines.h"
 #include "page/translators.h"
 
 namespace kalmor {
+namespace {
 
-// Not translated yet: writes nothing.
-void TranslateWires(PageContext& /*page*/) {}
+// Thin wires (type 20) carry no width; buses and every other kind are drawn one unit wide.
+void WriteWireLine(PageContext& page, const DboWire& wire) {
+  const CPoint start = wire.GetStartPoint(page.state);
+  const CPoint end = wire.GetEndPoint(page.state);
+  const LineWidthT width = wire.GetObjectType(page.state) == dbo_type::kWire ? 0 : 1;
+  detail::WriteSegment(page, layer::kWire, width, start, end);
+}
+
+// The raw value, as seen through the page's occurrence when the walk has one.
+std::string WirePropValue(const PageContext& page, const DboDisplayProp& prop) {
+  std::string value;
+  if (page.occurrence != nullptr) {
+    DboInstOccurrencePtrProxy proxy;
+    proxy.SetPtr(page.occurrence);
+    prop.GetValueStringForOccurrence(proxy.GetDWORDDesignOccurrenceId(), value, page.state);
+  } else {
+    prop.GetValueString(value, nullptr, page.state);
+  }
+  return value;
+}
+
+// Every display property of a wire is written, whatever its display type; its location is a
+// page point.
+void WriteWireProps(PageContext& page, const DboWire& wire) {
+  std::unique_ptr<DboDisplayPropsIter> props = wire.NewDisplayPropsIter(page.state);
+  if (props == nullptr) {
+    return;
+  }
+  while (const DboDisplayProp* prop = props->NextProp(page.state)) {
+    const CPoint at = prop->GetLocation(page.state);
+    std::string value = WirePropValue(page, *prop);
+    LogFont font;
+    prop->GetFont(0, font, page.state);
+    const RotationT rotation = prop->GetRotation(page.state);
+    DxfText(page.out, layer::kWireText, std::move(value), font, rotation, page.s, at.x,
+            page.H - at.y);
+  }
+}
+
+void WriteJunctions(PageContext& page, const DboWire& wire) {
+  std::unique_ptr<DboWireJunctionsIter> junctions = wire.NewJunctionsIter(page.state);
+  if (junctions == nullptr) {
+    return;
+  }
+  CPoint at;
+  while (junctions->NextJunction(at, page.state)) {
+    DxfDot(page.out, layer::kWire, page.X(at.x), page.Y(at.y), 2 * page.s);
+  }
+}
+
+// An alias sits 3 page units off its location, on the side its rotation turns the text to.
+struct AliasPlacement {
+  CPoint at;
+  double angle;
+};
+
+AliasPlacement PlaceAlias(CPoint location, RotationT rotation) {
+  switch (rotation) {
+    case 1:
+      return {{location.x - 3, location.y}, 90.0};
+    case 2:
+      return {{location.x, location.y + 3}, 180.0};
+    case 3:
+      return {{location.x + 3, location.y}, 270.0};
+    default:  // 0, and codes the host should not give, read upright
+      return {{location.x, location.y - 3}, 0.0};
+  }
+}
+
+void WriteAliases(PageContext& page, const DboWire& wire) {
+  std::unique_ptr<DboWireAliasesIter> aliases = wire.NewAliasesIter(page.state);
+  if (aliases == nullptr) {
+    return;
+  }
+  while (const DboAlias* alias = aliases->NextAlias(page.state)) {
+    const CPoint location = alias->GetLocation(page.state);
+    const AliasPlacement place = PlaceAlias(location, alias->GetRotation(page.state));
+    std::string name;
+    alias->GetName(name, page.state);
+    LogFont font;
+    alias->GetFont(font, page.state);
+    // Divided by 175 here, not multiplied by its reciprocal as the text writer does: the last
+    // bit of the sine can differ, and alias heights follow their own rule.
+    const double height =
+        100.0 * page.s * std::sin(std::fabs(static_cast<double>(font.lfHeight)) / 175.0);
+    DxfTextAt(page.out, layer::kWireText, place.angle, std::move(name), page.X(place.at.x),
+              page.Y(place.at.y), height);
+  }
+}
+
+}  // namespace
+
+void TranslateWires(PageContext& page) {
+  std::unique_ptr<DboPageWiresIter> wires = page.page.NewWiresIter(1, page.state);
+  if (wires == nullptr) {
+    return;
+  }
+  while (const DboWire* wire = wires->NextWire(page.state)) {
+    WriteWireLine(page, *wire);
+    WriteWireProps(page, *wire);
+    WriteJunctions(page, *wire);
+    WriteAliases(page, *wire);
+  }
+}
 
 }  // namespace kalmor

@@ -1,0 +1,70 @@
+#pragma once
+
+// The in-memory design database: a whole design, read from a design document, answering every
+// operation of the host interface.
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/dbo.h"
+
+namespace kalmor::model {
+
+namespace detail {
+struct DesignData;
+}
+
+// How many objects of each kind a page holds (pins, junctions and aliases over all parts and
+// wires of the page).
+struct PageSummary {
+  std::string name;
+  int titleBlocks = 0;
+  int parts = 0;
+  int pins = 0;
+  int wires = 0;
+  int junctions = 0;
+  int aliases = 0;
+  int globals = 0;
+  int ports = 0;
+  int offPageConnectors = 0;
+  int busEntries = 0;
+  int graphics = 0;
+};
+
+struct SchematicSummary {
+  std::string name;
+  std::vector<PageSummary> pages;
+};
+
+class Design final : public DboDesign {
+ public:
+  explicit Design(std::unique_ptr<detail::DesignData> data);
+  ~Design() override;
+  Design(const Design&) = delete;
+  Design& operator=(const Design&) = delete;
+
+  const std::string& name() const;
+  // The page of that name in the schematic of that name, or null.
+  const DboPage* FindPage(std::string_view schematic, std::string_view page) const;
+  // The instance occurrence at a path such as "/BLK1/U3", or null.
+  const DboInstOccurrence* FindOccurrence(std::string_view path) const;
+  // The root schematic's name (empty for a design without schematics).
+  const std::string& rootName() const;
+  std::size_t occurrenceCount() const;
+  // Every schematic and page in document order, with their object counts.
+  std::vector<SchematicSummary> Summarize() const;
+
+  int32_t GetObjectType(DboState& state) const override;
+  void GetName(std::string& name, DboState& state) const override;
+  // Mode 6 yields the schematics in document order; the design has no other views.
+  std::unique_ptr<DboLibViewsIter> NewViewsIter(int32_t mode, DboState& state) const override;
+  std::unique_ptr<DboDesignOccurrencesIter> NewOccurrencesIter(DboState& state) const override;
+
+ private:
+  std::unique_ptr<detail::DesignData> data_;
+};
+
+}  // namespace kalmor::model

@@ -1,0 +1,31 @@
+#pragma once
+
+// Everything an in-memory design holds. The reader fills one completely before a Design is
+// made of it, so no caller ever sees a design half loaded.
+
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "model/graphics.h"
+#include "model/occurrences.h"
+#include "model/page_objects.h"
+
+namespace kalmor::model::detail {
+
+struct DesignData {
+  std::string name;
+  std::vector<Schematic> schematics;             // in document order
+  const Schematic* root = nullptr;               // null when there are no schematics
+  std::vector<std::unique_ptr<Symbol>> symbols;  // named and inline
+  std::deque<LogFont> fonts;                     // each distinct font once
+
+  std::vector<Occurrence> occurrences;  // depth-first; the id is the index + 1
+  std::vector<const Occurrence*> childTable;
+  std::unordered_map<std::string_view, const Occurrence*> occurrenceByPath;
+};
+
+}  // namespace kalmor::model::detail

@@ -1,0 +1,214 @@
+#include "model/tape_reader.h"
+
+#include <cmath>
+#include <limits>
+
+namespace kalmor::model::detail {
+
+void TapeReader::Skip() {
+  const Token& token = Peek();
+  at_ = token.kind == Token::Kind::kObject || token.kind == Token::Kind::kArray ? token.end + 1
+                                                                                : at_ + 1;
+}
+
+std::string TapeReader::Pointer() const {
+  std::string pointer;
+  for (const Step& step : path_) {
+    if (step.isIndex) {
+      pointer += '/' + std::to_string(step.index);
+    } else {
+      AppendPointerKey(pointer, step.key);
+    }
+  }
+  return pointer;
+}
+
+std::string TapeReader::PointerTo(std::string_view key) const {
+  std::string pointer = Pointer();
+  AppendPointerKey(pointer, key);
+  return pointer;
+}
+
+void TapeReader::Fail(std::string message) const {
+  throw DocumentFault{Pointer(), std::move(message)};
+}
+
+void TapeReader::FailAt(std::string_view key, std::string message) const {
+  throw DocumentFault{PointerTo(key), std::move(message)};
+}
+
+void TapeReader::Expected(std::string_view what) const {
+  Fail("expected " + std::string(what) + ", got " + Describe(Peek()));
+}
+
+std::string TapeReader::Describe(const Token& token) const {
+  switch (token.kind) {
+    case Token::Kind::kObject:
+      return "an object";
+    case Token::Kind::kArray:
+      if (token.size == 0) {
+        return "an empty array";
+      }
+      return token.size == 1 ? "an array of 1 value"
+                             : "an array of " + std::to_string(token.size) + " values";
+    case Token::Kind::kString:
+      return "a string";
+    case Token::Kind::kInteger:
+      return std::to_string(token.integer);
+    case Token::Kind::kUnsigned:
+      return std::to_string(token.unsignedInteger);
+    case Token::Kind::kReal: {
+      if (!std::isfinite(token.real)) {
+        return "a number too large to hold";
+      }
+      char text[32];
+      std::snprintf(text, sizeof text, "%.17g", token.real);
+      return text;
+    }
+    case Token::Kind::kBoolean:
+      return token.boolean ? "true" : "false";
+    case Token::Kind::kNull:
+      return "null";
+    case Token::Kind::kKey:
+    case Token::Kind::kEnd:
+      break;
+  }
+  return "nothing";
+}
+
+void TapeReader::EnterObject() {
+  if (Peek().kind != Token::Kind::kObject) {
+    Expected("an object");
+  }
+  ++at_;
+}
+
+std::string_view TapeReader::TakeKey() {
+  const std::string_view key = tape_.Text(Peek());
+  ++at_;
+  path_.push_back(Step{.key = key});
+  return key;
+}
+
+std::size_t TapeReader::ListSize() const {
+  if (Peek().kind != Token::Kind::kArray) {
+    Expected("an array");
+  }
+  return Peek().size;
+}
+
+std::size_t TapeReader::FindMember(std::string_view key) const {
+  if (Peek().kind != Token::Kind::kObject) {
+    return 0;
+  }
+  std::size_t at = at_ + 1;
+  while (tape_[at].kind == Token::Kind::kKey) {
+    if (tape_.Text(tape_[at]) == key) {
+      return at + 1;
+    }
+    const Token& value = tape_[at + 1];
+    at = value.kind == Token::Kind::kObject || value.kind == Token::Kind::kArray ? value.end + 1
+                                                                                 : at + 2;
+  }
+  return 0;
+}
+
+int32_t TapeReader::Int32() {
+  const Token& token = Peek();
+  if (token.kind == Token::Kind::kInteger && token.integer >= INT32_MIN &&
+      token.integer <= INT32_MAX) {
+    ++at_;
+    return static_cast<int32_t>(token.integer);
+  }
+  if (token.kind == Token::Kind::kInteger || token.kind == Token::Kind::kUnsigned) {
+    Expected("an integer of 32 bits (-2147483648 to 2147483647)");
+  }
+  Expected("an integer");
+}
+
+int32_t TapeReader::Int32AtLeast(int32_t least, std::string_view what) {
+  const Token& token = Peek();
+  if (token.kind == Token::Kind::kInteger && token.integer < least) {
+    Expected(what);
+  }
+  return Int32();
+}
+
+uint8_t TapeReader::Byte() {
+  const Token& token = Peek();
+  if (token.kind != Token::Kind::kInteger || token.integer < 0 || token.integer > 255) {
+    Expected("an integer from 0 to 255");
+  }
+  ++at_;
+  return static_cast<uint8_t>(token.integer);
+}
+
+bool TapeReader::Boolean() {
+  const Token& token = Peek();
+  if (token.kind != Token::Kind::kBoolean) {
+    Expected("true or false");
+  }
+  ++at_;
+  return token.boolean;
+}
+
+double TapeReader::FiniteNumber() {
+  const Token& token = Peek();
+  double value = 0.0;
+  switch (token.kind) {
+    case Token::Kind::kInteger:
+      value = static_cast<double>(token.integer);
+      break;
+    case Token::Kind::kUnsigned:
+      value = static_cast<double>(token.unsignedInteger);
+      break;
+    case Token::Kind::kReal:
+      value = token.real;
+      break;
+    default:
+      Expected("a number");
+  }
+  if (!std::isfinite(value)) {
+    Expected("a finite number");
+  }
+  ++at_;
+  return value;
+}
+
+std::string TapeReader::String() {
+  const Token& token = Peek();
+  if (token.kind != Token::Kind::kString) {
+    Expected("a string");
+  }
+  ++at_;
+  return std::string(tape_.Text(token));
+}
+
+CPoint TapeReader::Point() {
+  const Token& token = Peek();
+  if (token.kind != Token::Kind::kArray || token.size != 2) {
+    Expected("[x, y] of two integers");
+  }
+  CPoint point;
+  List([&](std::size_t index) { (index == 0 ? point.x : point.y) = Int32(); });
+  return point;
+}
+
+CRect TapeReader::Rect() {
+  const Token& token = Peek();
+  if (token.kind != Token::Kind::kArray || token.size != 4) {
+    Expected("[left, top, right, bottom] of four integers");
+  }
+  int32_t values[4] = {};
+  List([&](std::size_t index) { values[index] = Int32(); });
+  return {values[0], values[1], values[2], values[3]};
+}
+
+std::vector<CPoint> TapeReader::Points() {
+  std::vector<CPoint> points;
+  points.reserve(ListSize());
+  List([&](std::size_t) { points.push_back(Point()); });
+  return points;
+}
+
+}  // namespace kalmor::model::detail

@@ -1,0 +1,179 @@
+// The derived occurrence tree and the values seen through it, read through the host
+// interface only.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "host/dbo.h"
+#include "model/design.h"
+#include "model/design_reader.h"
+
+namespace kalmor {
+namespace {
+
+// ROOT holds U1, BLK1 (-> SUB) on its first page and BLK2 (-> SUB) on its second; SUB holds
+// U3 and BLK9 (-> LEAF), LEAF holds R1. OTHER is placed nowhere.
+constexpr const char* kHierarchy = R"({
+  "kalmor_design": 1, "name": "H", "root": "ROOT",
+  "symbols": {"BOX": {"bbox": [0, 0, 40, 20]}},
+  "schematics": [
+    {"name": "OTHER", "pages": [{"name": "O1"}]},
+    {"name": "ROOT", "pages": [
+      {"name": "R1", "parts": [
+        {"id": "U1", "symbol": "BOX"},
+        {"id": "BLK1", "kind": "block", "schematic": "SUB", "symbol": "BOX"}]},
+      {"name": "R2", "parts": [
+        {"id": "BLK2", "kind": "block", "schematic": "SUB", "symbol": "BOX"}]}]},
+    {"name": "SUB", "pages": [{"name": "S1",
+      "parts": [
+        {"id": "U3", "symbol": "BOX",
+         "properties": [{"name": "Value", "value": "10k", "values": {"/BLK2": "22k"}}],
+         "pins": [{"name": "IN", "number": "1", "start": [0, 10], "end": [30, 10],
+                   "occurrences": {"/BLK1/U3": {"name": "A"}, "/BLK2/U3": {"number": "7"}}}]},
+        {"id": "BLK9", "kind": "block", "schematic": "LEAF", "symbol": "BOX"}],
+      "wires": [{"start": [0, 0], "end": [10, 0],
+                 "properties": [{"name": "Net", "value": "N", "values": {"/BLK1": "N1"}}]}]}]},
+    {"name": "LEAF", "pages": [{"name": "L1", "parts": [{"id": "R1", "symbol": "BOX"}]}]}
+  ]})";
+
+struct Seen {
+  std::string path;
+  DboDesignOccurrenceId id;
+  bool primitive;
+  std::string contents;
+};
+
+std::string NameOf(const DboNamedObject* object) {
+  DboState state;
+  std::string name;
+  if (object != nullptr) {
+    object->GetName(name, state);
+  }
+  return name;
+}
+
+class Hierarchy : public ::testing::Test {
+ protected:
+  std::unique_ptr<model::Design> design = model::ReadDesignDocument(kHierarchy, "h.json");
+  DboState state;
+
+  const DboPage& Page(const char* schematic, const char* page) {
+    const DboPage* found = design->FindPage(schematic, page);
+    EXPECT_NE(found, nullptr);
+    return *found;
+  }
+  const DboPartInst* FirstPart(const DboPage& page) {
+    return page.NewPartInstsIter(state)->NextPartInst(state);
+  }
+};
+
+TEST_F(Hierarchy, OccurrencesAreDepthFirstInPageThenPartOrder) {
+  std::vector<std::string> seen;
+  const std::unique_ptr<DboDesignOccurrencesIter> it = design->NewOccurrencesIter(state);
+  while (const DboInstOccurrence* occurrence = it->NextOccurrence(state)) {
+    DboInstOccurrencePtrProxy proxy;
+    proxy.SetPtr(occurrence);
+    const DboView* contents = occurrence->GetContents(state);
+    seen.push_back(std::to_string(proxy.GetDWORDDesignOccurrenceId()) + " " +
+                   (occurrence->IsPrimitive(state) ? "leaf" : "block ") + NameOf(contents));
+    EXPECT_EQ(occurrence, design->FindOccurrence(std::vector<const char*>{
+                              "/U1", "/BLK1", "/BLK1/U3", "/BLK1/BLK9", "/BLK1/BLK9/R1", "/BLK2",
+                              "/BLK2/U3", "/BLK2/BLK9", "/BLK2/BLK9/R1"}[seen.size() - 1]));
+  }
+  EXPECT_EQ(seen,
+            (std::vector<std::string>{"1 leaf", "2 block SUB", "3 leaf", "4 block LEAF", "5 leaf",
+                                      "6 block SUB", "7 leaf", "8 block LEAF", "9 leaf"}));
+  EXPECT_EQ(design->occurrenceCount(), 9u);
+  EXPECT_EQ(design->FindOccurrence("/BLK3"), nullptr);
+  EXPECT_EQ(design->FindOccurrence("/BLK1/"), nullptr);
+}
+
+TEST_F(Hierarchy, ViewsAreTheSchematicsInDocumentOrder) {
+  std::vector<std::string> names;
+  const std::unique_ptr<DboLibViewsIter> views = design->NewViewsIter(6, state);
+  while (const DboView* view = views->NextView(state)) {
+    ASSERT_NE(view->AsSchematic(), nullptr);
+    names.push_back(NameOf(view));
+  }
+  EXPECT_EQ(names, (std::vector<std::string>{"OTHER", "ROOT", "SUB", "LEAF"}));
+  EXPECT_EQ(design->NewViewsIter(1, state)->NextView(state), nullptr);
+}
+
+TEST_F(Hierarchy, ChildOccurrenceOfAnInstanceFollowsTheParent) {
+  const DboPartInst* u3 = FirstPart(Page("SUB", "S1"));
+  for (const char* parent : {"/BLK1", "/BLK2"}) {
+    const DboInstOccurrence* child = design->FindOccurrence(parent)->GetInstOccurrence(u3, state);
+    EXPECT_EQ(child, design->FindOccurrence(std::string(parent) + "/U3")) << parent;
+  }
+  // An instance of another schematic has no child occurrence here.
+  DboState failed;
+  EXPECT_EQ(design->FindOccurrence("/BLK1/BLK9")->GetInstOccurrence(u3, failed), nullptr);
+  EXPECT_FALSE(failed.OK());
+}
+
+TEST_F(Hierarchy, PropertyValuesFollowTheOccurrenceOfThePage) {
+  const DboPartInst* u3 = FirstPart(Page("SUB", "S1"));
+  const DboDisplayProp* value = u3->NewDisplayPropsIter(state)->NextProp(state);
+  const DboWire* wire = Page("SUB", "S1").NewWiresIter(1, state)->NextWire(state);
+  const DboDisplayProp* net = wire->NewDisplayPropsIter(state)->NextProp(state);
+  struct Case {
+    const DboDisplayProp* prop;
+    const char* occurrence;
+    const char* expected;
+  };
+  for (const Case& c : {Case{value, "/BLK1", "10k"}, Case{value, "/BLK2", "22k"},
+                        Case{net, "/BLK1", "N1"}, Case{net, "/BLK2", "N"}}) {
+    std::string text;
+    c.prop->GetValueStringForOccurrence(
+        design->FindOccurrence(c.occurrence)->GetDesignOccurrenceId(), text, state);
+    EXPECT_EQ(text, c.expected) << c.occurrence;
+    c.prop->GetValueString(text, design->FindOccurrence(c.occurrence), state);
+    EXPECT_EQ(text, c.expected) << c.occurrence;
+  }
+  std::string plain;
+  value->GetValueString(plain, nullptr, state);
+  EXPECT_EQ(plain, "10k");
+  value->GetValueStringForOccurrence(99, plain, state);
+  EXPECT_EQ(plain, "10k");
+}
+
+TEST_F(Hierarchy, PinTextsFollowThePartOccurrence) {
+  const DboPartInst* u3 = FirstPart(Page("SUB", "S1"));
+  const DboPortInst* pin = u3->NewPinsIter(0, 0, state)->NextPin(state);
+  ASSERT_EQ(pin->GetOwner(state), u3);
+  struct Case {
+    const char* block;
+    const char* name;
+    const char* number;
+  };
+  for (const Case& c : {Case{"/BLK1", "A", "1"}, Case{"/BLK2", "IN", "7"}}) {
+    const DboInstOccurrence* part = design->FindOccurrence(c.block)->GetInstOccurrence(u3, state);
+    const DboPortOccurrence* port = part->GetPortOccurrence(pin, state);
+    ASSERT_NE(port, nullptr);
+    std::string name;
+    std::string number;
+    port->GetPropStringById(dbo_prop::kPinName, name, state);
+    port->GetPropStringById(dbo_prop::kPinNumber, number, state);
+    EXPECT_EQ(name, c.name) << c.block;
+    EXPECT_EQ(number, c.number) << c.block;
+  }
+  // A pin asked of an occurrence of another part has no port occurrence.
+  DboState failed;
+  EXPECT_EQ(design->FindOccurrence("/U1")->GetPortOccurrence(pin, failed), nullptr);
+  EXPECT_FALSE(failed.OK());
+}
+
+TEST(HierarchyLimits, DesignWithoutSchematicsHasNoOccurrences) {
+  const auto design =
+      model::ReadDesignDocument(R"({"kalmor_design": 1, "name": "E", "schematics": []})", "e");
+  DboState state;
+  EXPECT_EQ(design->NewOccurrencesIter(state)->NextOccurrence(state), nullptr);
+  EXPECT_EQ(design->NewViewsIter(6, state)->NextView(state), nullptr);
+  EXPECT_EQ(design->rootName(), "");
+}
+
+}  // namespace
+}  // namespace kalmor
