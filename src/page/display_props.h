@@ -1,0 +1,55 @@
+#pragma once
+
+// The text a display property shows and the point its TEXT record is anchored at.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "host/dbo.h"
+
+namespace kalmor {
+
+// Chooses the shown text by display type: 1 value (or "<name>" when missing), 2 "name = value",
+// 3 name, 4 "name = value" only when the value is set, anything else the raw value. A value is
+// missing when empty or exactly "<name>" (case matters). Type 4 with a missing value leaves
+// `out` as it was.
+void FormatDisplayPropText(const std::string& name, const std::string& value,
+                           DisplayTypeT displayType, std::string& out);
+
+// The property's value: through the occurrence's design id when there is one, else the plain
+// value. A failed read gives the empty string.
+std::string ReadDisplayPropValue(const DboDisplayProp& prop, const DboInstOccurrence* occurrence,
+                                 DboState& state);
+
+// Reads and formats the property's text into `out`. False, with `out` untouched, only when the
+// display type cannot be read.
+bool GetDisplayPropText(const DboDisplayProp& prop, const DboInstOccurrence* occurrence,
+                        std::string& out);
+
+// The anchor relative to the owner's placed corner (its left and top, top already flipped):
+// the location is subtracted in y, and the text's extent shifts the anchor for rotations 1 to 3.
+// An unknown rotation anchors at the origin.
+CPoint DisplayPropAnchor(const DboDisplayProp& prop, const CRect& ownerRect);
+
+// As DisplayPropAnchor with the location scaled by `scale`, truncated at the end. `ignoredX`
+// and `ignoredY` take no part; callers pass the owner's location.
+CPoint ScaledDisplayPropAnchor(const DboDisplayProp& prop, int32_t x0, int32_t y0, int32_t ignoredX,
+                               int32_t ignoredY, double scale);
+
+// The font with its height and width multiplied by `factor` and truncated toward zero.
+LogFont ScaledFont(LogFont font, double factor);
+
+// Calls `visit(prop)` for every property the iterator yields; a null iterator yields none.
+template <typename Visit>
+void ForEachDisplayProp(std::unique_ptr<DboDisplayPropsIter> props, DboState& state,
+                        Visit&& visit) {
+  if (props == nullptr) {
+    return;
+  }
+  while (const DboDisplayProp* prop = props->NextProp(state)) {
+    visit(*prop);
+  }
+}
+
+}  // namespace kalmor
