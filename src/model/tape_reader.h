@@ -14,15 +14,10 @@
 #include <vector>
 
 #include "host/types.h"
+#include "model/document_fault.h"
 #include "model/json_tape.h"
 
 namespace kalmor::model::detail {
-
-// A complaint about a document: where (a JSON pointer) and what.
-struct DocumentFault {
-  std::string pointer;
-  std::string message;
-};
 
 class TapeReader {
  public:
