@@ -76,6 +76,9 @@ class Schema(unittest.TestCase):
             "schematic on a part": with_page(
                 parts=[{"id": "U1", "symbol": {}, "schematic": "S"}]),
             "part without id": with_page(parts=[{"symbol": "R"}]),
+            "face too long": with_page(
+                wires=[dict(wire, aliases=[{"name": "A", "location": [0, 0],
+                                            "font": {"face": "F" * 32}}])]),
             "unknown display word": with_page(
                 wires=[dict(wire, properties=[{"name": "N", "display": "both"}])]),
             "occurrence key not a path": with_page(
