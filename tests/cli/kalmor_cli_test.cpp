@@ -238,6 +238,24 @@ TEST_F(KalmorCliTest, CheckCountsObjectsPerPage) {
                                    "name holds a '/' (--raw-names takes it)\n"));
 }
 
+TEST_F(KalmorCliTest, RenderDrawsOurFilesAndRefusesOthers) {
+  const std::string design = Write("board.json", kHierarchy);
+  ASSERT_EQ(RunKalmor({"export", design, "--svg"}).status, 0);
+  const CommandResult rendered = RunKalmor({"render", In("board_SUB_S1.dxf"), "-o", In("r.svg")});
+  EXPECT_EQ(rendered.status, 0) << rendered.err;
+  EXPECT_THAT(ReadFileBytes(In("r.svg")), HasSubstr("<svg"));
+  // --svg drew each page beside its file, as render does.
+  EXPECT_TRUE(ReadFileBytes(In("r.svg")) == ReadFileBytes(In("board_SUB_S1.svg")));
+  EXPECT_TRUE(fs::exists(In("board_ROOT_PAGE2.svg")));
+
+  const CommandResult bad = RunKalmor({"render", Write("bad.dxf", "junk\n"), "-o", In("b.svg")});
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_THAT(bad.err, HasSubstr("kalmor: " + In("bad.dxf") + ":1: "));
+  EXPECT_EQ(RunKalmor({"render", In("none.dxf"), "-o", In("b.svg")}).status, 1);
+  EXPECT_EQ(RunKalmor({"render", In("board_SUB_S1.dxf"), "-o", In("no/b.svg")}).status, 3);
+  EXPECT_FALSE(fs::exists(In("b.svg")));
+}
+
 // script(1) gives the command a terminal, on which the progress line shows.
 TEST_F(KalmorCliTest, ProgressLineShowsOnATerminalOnly) {
   if (!fs::exists("/usr/bin/script")) {
