@@ -226,8 +226,8 @@ class DocumentReader {
   }
 
   DisplayTypeT ReadDisplayType() {
-    if (in_.Peek().kind != Token::Kind::kString) {
-      if (in_.Peek().kind != Token::Kind::kInteger && in_.Peek().kind != Token::Kind::kUnsigned) {
+    if (in_.PeekKind() != Token::Kind::kString) {
+      if (in_.PeekKind() != Token::Kind::kInteger && in_.PeekKind() != Token::Kind::kUnsigned) {
         in_.Expected("a display type (an integer, or a word such as \"value\")");
       }
       return in_.Int32();
@@ -283,10 +283,10 @@ class DocumentReader {
     GraphicFields fields;
     in_.Record({"type"}, [&](std::string_view key) {
       if (key == "type") {
-        if (in_.Peek().kind == Token::Kind::kString) {
+        if (in_.PeekKind() == Token::Kind::kString) {
           fields.typeName = in_.String();
-        } else if (in_.Peek().kind == Token::Kind::kInteger ||
-                   in_.Peek().kind == Token::Kind::kUnsigned) {
+        } else if (in_.PeekKind() == Token::Kind::kInteger ||
+                   in_.PeekKind() == Token::Kind::kUnsigned) {
           fields.typeCode = in_.Int32();
         } else {
           in_.Expected("a graphic type (a word such as \"line\", or a type code)");
@@ -491,7 +491,7 @@ class DocumentReader {
   }
 
   const Symbol* ReadSymbolRef() {
-    if (in_.Peek().kind == Token::Kind::kString) {
+    if (in_.PeekKind() == Token::Kind::kString) {
       const std::string name = in_.String();
       const auto found = symbolsByName_.find(name);
       if (found == symbolsByName_.end()) {
@@ -499,7 +499,7 @@ class DocumentReader {
       }
       return found->second;
     }
-    if (in_.Peek().kind != Token::Kind::kObject) {
+    if (in_.PeekKind() != Token::Kind::kObject) {
       in_.Expected("a symbol name or a symbol object");
     }
     return ReadSymbol();
@@ -507,7 +507,7 @@ class DocumentReader {
 
   void ReadSymbols() {
     in_.Map([&](std::string_view name) {
-      if (in_.Peek().kind != Token::Kind::kObject) {
+      if (in_.PeekKind() != Token::Kind::kObject) {
         in_.Expected("a symbol object");
       }
       const Symbol* symbol = ReadSymbol();
@@ -546,8 +546,8 @@ class DocumentReader {
   }
 
   int32_t ReadPartKind() {
-    if (in_.Peek().kind != Token::Kind::kString) {
-      if (in_.Peek().kind != Token::Kind::kInteger && in_.Peek().kind != Token::Kind::kUnsigned) {
+    if (in_.PeekKind() != Token::Kind::kString) {
+      if (in_.PeekKind() != Token::Kind::kInteger && in_.PeekKind() != Token::Kind::kUnsigned) {
         in_.Expected("a part kind (\"part\", \"block\" or a type code)");
       }
       return in_.Int32();
@@ -631,7 +631,8 @@ class DocumentReader {
   }
 
   // Part ids of the schematic being read, with the page and index of each first use.
-  using PartIds = std::unordered_map<std::string, std::pair<std::size_t, std::size_t>>;
+  // The ids are views of the parts' own, which stay put: every list is sized before it is read.
+  using PartIds = std::unordered_map<std::string_view, std::pair<std::size_t, std::size_t>>;
 
   void ReadPart(PartInst& part, PartIds& ids, std::size_t schematic, std::size_t page,
                 std::size_t index) {
@@ -865,7 +866,7 @@ class DocumentReader {
   // The document
 
   void ReadDocument() {
-    if (in_.Peek().kind != Token::Kind::kObject) {
+    if (in_.PeekKind() != Token::Kind::kObject) {
       in_.Expected("an object (a design document)");
     }
     // The version says how to read everything else, and symbols are named before they are
@@ -875,7 +876,7 @@ class DocumentReader {
       in_.FailAt("kalmor_design", "required, but missing (the format version, 1)");
     }
     in_.ReadMemberAt("kalmor_design", versionAt, [&] {
-      const Token& version = in_.Peek();
+      const Token version = in_.Peek();
       if (version.kind != Token::Kind::kInteger) {
         in_.Expected("the format version 1");
       }
@@ -1047,66 +1048,76 @@ class DocumentReader {
   }
 
   // Turns the occurrence paths that values and pin texts are keyed by into occurrence ids,
-  // refusing paths that name no occurrence of the object.
+  // refusing paths that name no occurrence of the object. Pointers for complaints are only
+  // spelled out when there is one.
   void ResolveOccurrenceKeys() {
     for (std::size_t s = 0; s < data_.schematics.size(); ++s) {
       Schematic& schematic = data_.schematics[s];
       for (std::size_t p = 0; p < schematic.pages.size(); ++p) {
         Page& page = schematic.pages[p];
-        const std::string at = "/schematics/" + std::to_string(s) + "/pages/" + std::to_string(p);
-        ResolveCollection(page.titleBlocks, schematic, at + "/title_blocks/");
-        ResolveCollection(page.parts, schematic, at + "/parts/");
-        ResolveCollection(page.wires, schematic, at + "/wires/");
-        ResolveCollection(page.globals, schematic, at + "/globals/");
-        ResolveCollection(page.ports, schematic, at + "/ports/");
-        ResolveCollection(page.offPageConnectors, schematic, at + "/off_page_connectors/");
+        const auto at = [s, p](const char* collection) {
+          return "/schematics/" + std::to_string(s) + "/pages/" + std::to_string(p) + "/" +
+                 collection + "/";
+        };
+        ResolveCollection(page.titleBlocks, schematic, [&] { return at("title_blocks"); });
+        ResolveCollection(page.parts, schematic, [&] { return at("parts"); });
+        ResolveCollection(page.wires, schematic, [&] { return at("wires"); });
+        ResolveCollection(page.globals, schematic, [&] { return at("globals"); });
+        ResolveCollection(page.ports, schematic, [&] { return at("ports"); });
+        ResolveCollection(page.offPageConnectors, schematic,
+                          [&] { return at("off_page_connectors"); });
         for (std::size_t k = 0; k < page.parts.size(); ++k) {
           PartInst& part = page.parts[k];
           for (std::size_t n = 0; n < part.pins.size(); ++n) {
             Pin& pin = part.pins[n];
-            const std::string pinAt =
-                at + "/parts/" + std::to_string(k) + "/pins/" + std::to_string(n);
-            ResolveProperties(pin.properties, schematic, pinAt + "/properties/");
+            const auto pinAt = [&, k, n] {
+              return at("parts") + std::to_string(k) + "/pins/" + std::to_string(n);
+            };
+            ResolveProperties(pin.properties, schematic, [&] { return pinAt() + "/properties/"; });
             ResolveKeys(
-                pin.occurrences, pinAt + "/occurrences",
+                pin.occurrences, [&] { return pinAt() + "/occurrences"; },
                 [&](const Occurrence& o) { return o.part == &part; },
-                "no occurrence of part " + Quoted(part.id) + " has this path");
+                [&] { return "no occurrence of part " + Quoted(part.id) + " has this path"; });
           }
         }
       }
     }
   }
 
-  template <typename Item>
-  void ResolveCollection(std::vector<Item>& items, const Schematic& schematic,
-                         const std::string& at) {
+  template <typename Item, typename Where>
+  void ResolveCollection(std::vector<Item>& items, const Schematic& schematic, Where&& where) {
     for (std::size_t i = 0; i < items.size(); ++i) {
-      ResolveProperties(items[i].properties, schematic, at + std::to_string(i) + "/properties/");
+      ResolveProperties(items[i].properties, schematic,
+                        [&] { return where() + std::to_string(i) + "/properties/"; });
     }
   }
 
-  void ResolveProperties(DisplayPropList& props, const Schematic& schematic,
-                         const std::string& at) {
+  template <typename Where>
+  void ResolveProperties(DisplayPropList& props, const Schematic& schematic, Where&& where) {
     for (std::size_t i = 0; i < props.size(); ++i) {
-      if (props[i].values.empty()) {
-        continue;
-      }
       ResolveKeys(
-          props[i].values, at + std::to_string(i) + "/values",
+          props[i].values, [&] { return where() + std::to_string(i) + "/values"; },
           [&](const Occurrence& o) { return o.contents == &schematic; },
-          "no occurrence of schematic " + Quoted(schematic.name) + " has this path");
+          [&] {
+            return "no occurrence of schematic " + Quoted(schematic.name) + " has this path";
+          });
     }
   }
 
-  template <typename Entry, typename Fits>
-  void ResolveKeys(std::vector<Entry>& entries, const std::string& at, Fits&& fits,
-                   const std::string& complaint) {
+  template <typename Entry, typename Where, typename Fits, typename Complaint>
+  void ResolveKeys(std::vector<Entry>& entries, Where&& where, Fits&& fits, Complaint&& complaint) {
+    if (entries.empty()) {
+      return;
+    }
+    const auto fault = [&](const Entry& entry, std::string message) {
+      std::string pointer = where();
+      AppendPointerKey(pointer, entry.path);
+      return DocumentFault{pointer, std::move(message)};
+    };
     for (Entry& entry : entries) {
       const auto found = data_.occurrenceByPath.find(entry.path);
       if (found == data_.occurrenceByPath.end() || !fits(*found->second)) {
-        std::string pointer = at;
-        AppendPointerKey(pointer, entry.path);
-        throw DocumentFault{pointer, complaint};
+        throw fault(entry, complaint());
       }
       entry.id = found->second->id;
     }
@@ -1116,9 +1127,7 @@ class DocumentReader {
         std::adjacent_find(entries.begin(), entries.end(),
                            [](const Entry& a, const Entry& b) { return a.id == b.id; });
     if (twice != entries.end()) {
-      std::string pointer = at;
-      AppendPointerKey(pointer, twice->path);
-      throw DocumentFault{pointer, "occurrence path given twice"};
+      throw fault(*twice, "occurrence path given twice");
     }
   }
 
