@@ -17,6 +17,15 @@ struct SaveFileDialogSettings {
   unsigned flags = 0;
 };
 
+// One page of a design export, announced before it is written.
+struct ExportProgress {
+  int index = 0;  // from 1
+  int count = 0;  // pages the whole export writes
+  std::string schematicName;
+  std::string pageName;
+  std::string fileName;
+};
+
 class UserInterface {
  public:
   virtual ~UserInterface() = default;
@@ -26,6 +35,11 @@ class UserInterface {
   virtual std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings& settings) = 0;
   // Appends to the application's session log; false when no log is open.
   virtual bool AppendToSessionLog(std::string_view text) = 0;
+
+  // Whether a design export should count its pages first and announce each one; counting walks
+  // the design once more, so interfaces that show nothing say no.
+  virtual bool WantsExportProgress() const { return false; }
+  virtual void ShowExportProgress(const ExportProgress& /*progress*/) {}
 };
 
 // A user interface that shows nothing: messages are dropped, dialogs are cancelled.

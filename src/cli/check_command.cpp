@@ -1,0 +1,114 @@
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "cli/commands.h"
+#include "cli/loaded_design.h"
+#include "cli/terminal_ui.h"
+#include "export/output_names.h"
+
+namespace kalmor::cli {
+namespace {
+
+// How many objects an iterator yields; a missing iterator yields none.
+template <typename Iter, typename Object>
+int CountOf(std::unique_ptr<Iter> iter, const Object* (Iter::*next)(DboState&), DboState& state) {
+  int count = 0;
+  if (iter != nullptr) {
+    while (((*iter).*next)(state) != nullptr) {
+      ++count;
+    }
+  }
+  return count;
+}
+
+std::string Counted(int count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+std::string PageSummary(const DboPage& page, DboState& state) {
+  struct Tally {
+    int count;
+    const char* one;
+    const char* many;
+  };
+  const Tally tallies[] = {
+      {CountOf(page.NewTitleBlocksIter(state), &DboPageTitleBlocksIter::NextTitleBlock, state),
+       "title block", "title blocks"},
+      {CountOf(page.NewPartInstsIter(state), &DboPagePartInstsIter::NextPartInst, state), "part",
+       "parts"},
+      {CountOf(page.NewWiresIter(1, state), &DboPageWiresIter::NextWire, state), "wire", "wires"},
+      {CountOf(page.NewGlobalsIter(state), &DboPageGlobalsIter::NextGlobal, state), "global",
+       "globals"},
+      {CountOf(page.NewPortsIter(1, state), &DboPagePortsIter::NextPort, state), "port", "ports"},
+      {CountOf(page.NewOffPageConnectorsIter(1, state),
+               &DboPageOffPageConnectorsIter::NextOffPageConnector, state),
+       "off-page connector", "off-page connectors"},
+      {CountOf(page.NewBusEntriesIter(state), &DboPageBusEntriesIter::NextBusEntry, state),
+       "bus entry", "bus entries"},
+      {CountOf(page.NewCommentGraphicsIter(state), &DboPageCommentGraphicsIter::NextCommentGraphic,
+               state),
+       "graphic", "graphics"},
+  };
+  std::string summary;
+  for (const Tally& tally : tallies) {
+    summary += (summary.empty() ? "" : ", ") + Counted(tally.count, tally.one, tally.many);
+  }
+  return summary;
+}
+
+}  // namespace
+
+int RunCheck(const std::string& designPath) {
+  const LoadedDesign loaded(designPath);
+  const DboDesign& design = loaded.design();
+  DboState state;
+
+  std::vector<std::string> lines;
+  int schematicCount = 0;
+  int pageCount = 0;
+  if (const auto views = design.NewViewsIter(6, state)) {
+    while (const DboView* view = views->NextView(state)) {
+      std::string name;
+      view->GetName(name, state);
+      const DboSchematic* schematic = view->AsSchematic();
+      if (schematic == nullptr) {
+        continue;
+      }
+      ++schematicCount;
+      std::vector<std::string> pageLines;
+      if (const auto pages = schematic->NewPagesIter(state)) {
+        while (const DboPage* page = pages->NextPage(state)) {
+          std::string pageName;
+          page->GetName(pageName, state);
+          pageLines.push_back("  page " + pageName + ": " + PageSummary(*page, state));
+        }
+      }
+      pageCount += static_cast<int>(pageLines.size());
+      lines.push_back("schematic " + name + ": " +
+                      Counted(static_cast<int>(pageLines.size()), "page", "pages"));
+      lines.insert(lines.end(), pageLines.begin(), pageLines.end());
+    }
+  }
+
+  std::string designName;
+  design.GetName(designName, state);
+  std::cout << Printable("design " + designName + ": " +
+                         Counted(schematicCount, "schematic", "schematics") + ", " +
+                         Counted(pageCount, "page", "pages"))
+            << "\n";
+  for (const std::string& line : lines) {
+    std::cout << Printable(line) << "\n";
+  }
+
+  // Names that export would refuse are worth knowing before exporting.
+  for (const UnusableName& refusal : FindUnusableNames(design)) {
+    std::cout << Printable("note: export refuses " + DescribeUnusableName(refusal) +
+                           " (--raw-names takes it)")
+              << "\n";
+  }
+  std::cout << std::flush;
+  return kDone;
+}
+
+}  // namespace kalmor::cli

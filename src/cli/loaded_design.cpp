@@ -1,0 +1,20 @@
+#include "cli/loaded_design.h"
+
+#include "model/design.h"
+#include "model/design_reader.h"
+
+namespace kalmor::cli {
+
+LoadedDesign::LoadedDesign(const std::string& path) : design_(model::LoadDesignDocument(path)) {}
+
+LoadedDesign::~LoadedDesign() = default;
+
+const DboDesign& LoadedDesign::design() const {
+  return *design_;
+}
+
+const DboInstOccurrence* LoadedDesign::FindOccurrence(const std::string& path) const {
+  return design_->FindOccurrence(path);
+}
+
+}  // namespace kalmor::cli

@@ -1,0 +1,32 @@
+#pragma once
+
+// A design document loaded into the in-memory host database, as the subcommands use it.
+
+#include <memory>
+#include <string>
+
+#include "host/dbo.h"
+
+namespace kalmor::model {
+class Design;
+}
+
+namespace kalmor::cli {
+
+class LoadedDesign {
+ public:
+  // Throws DesignDocumentError when the document cannot be read or is invalid.
+  explicit LoadedDesign(const std::string& path);
+  ~LoadedDesign();
+  LoadedDesign(const LoadedDesign&) = delete;
+  LoadedDesign& operator=(const LoadedDesign&) = delete;
+
+  const DboDesign& design() const;
+  // The occurrence at a path such as /BLK1, or null.
+  const DboInstOccurrence* FindOccurrence(const std::string& path) const;
+
+ private:
+  std::unique_ptr<model::Design> design_;
+};
+
+}  // namespace kalmor::cli

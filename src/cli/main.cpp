@@ -1,0 +1,108 @@
+// kalmor: writes the pages of a schematic design as DXF release-12 files.
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <iostream>
+#include <new>
+
+#include "cli/commands.h"
+#include "cli/terminal_ui.h"
+#include "dxf/output_file.h"
+#include "model/design_reader.h"
+#include "render/svg_render.h"
+
+namespace {
+
+using namespace kalmor::cli;
+
+int Fail(int status, const std::string& message) {
+  std::cerr << "kalmor: " << Printable(message) << std::endl;
+  return status;
+}
+
+int Run(int argc, char** argv) {
+  CLI::App app{"Writes the pages of a schematic design as DXF release-12 files.", "kalmor"};
+  app.set_version_flag("--version", std::string("kalmor ") + KALMOR_VERSION);
+  app.require_subcommand(1);
+
+  ExportOptions exportOptions;
+  CLI::App* exportCommand = app.add_subcommand(
+      "export", "Write every page of every schematic to PATH less .dxf, then _SCHEMATIC_PAGE.dxf");
+  exportCommand->add_option("DESIGN", exportOptions.design, "JSON design document")->required();
+  exportCommand->add_option("-o,--output", exportOptions.output,
+                            "Output path (default: DESIGN with the extension .dxf); an existing "
+                            "folder takes the files named after DESIGN");
+  exportCommand->add_flag("--no-frame", exportOptions.noFrame, "Leave out the page frame");
+  exportCommand->add_flag("--no-title-blocks", exportOptions.noTitleBlocks,
+                          "Leave out the title blocks");
+  exportCommand->add_flag("--raw-names", exportOptions.rawNames,
+                          "Use schematic and page names in file names as they are, even those "
+                          "that hold separators or control characters");
+  exportCommand->add_flag("--svg", exportOptions.svg, "Also write an SVG picture beside each DXF");
+
+  PageOptions pageOptions;
+  CLI::App* pageCommand = app.add_subcommand("page", "Write one page to a DXF file");
+  pageCommand->add_option("DESIGN", pageOptions.design, "JSON design document")->required();
+  pageCommand->add_option("--schematic", pageOptions.schematic, "Schematic name")->required();
+  pageCommand->add_option("--page", pageOptions.page, "Page name")->required();
+  pageCommand->add_option("-o,--output", pageOptions.output,
+                          "Output file (default: asked for on the terminal)");
+  pageCommand->add_option("--occurrence", pageOptions.occurrence,
+                          "Occurrence path such as /BLK1, for its property values");
+  pageCommand->add_flag("--no-frame", pageOptions.noFrame, "Leave out the page frame");
+  pageCommand->add_flag("--no-title-blocks", pageOptions.noTitleBlocks,
+                        "Leave out the title blocks");
+
+  std::string checkDesign;
+  CLI::App* checkCommand = app.add_subcommand(
+      "check", "Load and validate a design; list its schematics and pages with object counts");
+  checkCommand->add_option("DESIGN", checkDesign, "JSON design document")->required();
+
+  std::string renderInput;
+  std::string renderOutput;
+  CLI::App* renderCommand = app.add_subcommand("render", "Draw a DXF file as SVG");
+  renderCommand->add_option("FILE", renderInput, "DXF file")->required();
+  renderCommand->add_option("-o,--output", renderOutput, "SVG file")->required();
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kDone : kUsage;
+  }
+
+  try {
+    if (*exportCommand) {
+      return RunExport(exportOptions);
+    }
+    if (*pageCommand) {
+      return RunPage(pageOptions);
+    }
+    if (*checkCommand) {
+      return RunCheck(checkDesign);
+    }
+    return RunRender(renderInput, renderOutput);
+  } catch (const kalmor::model::DesignDocumentError& error) {
+    return Fail(kInvalidInput, error.what());
+  } catch (const kalmor::DxfReadError& error) {
+    return Fail(kInvalidInput, error.what());
+  } catch (const InputError& error) {
+    return Fail(kInvalidInput, error.what());
+  } catch (const UsageError& error) {
+    return Fail(kUsage, error.what());
+  } catch (const kalmor::FileError& error) {
+    return Fail(kCannotWrite, error.what());
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    return Fail(kInvalidInput, "out of memory");
+  } catch (const std::exception& error) {
+    return Fail(kInvalidInput, error.what());
+  }
+}

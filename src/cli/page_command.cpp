@@ -1,0 +1,81 @@
+#include <string>
+
+#include "cli/commands.h"
+#include "cli/loaded_design.h"
+#include "cli/terminal_ui.h"
+#include "export/dxf_export.h"
+
+namespace kalmor::cli {
+namespace {
+
+std::string NameOf(const DboNamedObject& object) {
+  DboState state;
+  std::string name;
+  object.GetName(name, state);
+  return name;
+}
+
+const DboSchematic& FindSchematic(const DboDesign& design, const std::string& name) {
+  DboState state;
+  std::string known;
+  if (const auto views = design.NewViewsIter(6, state)) {
+    while (const DboView* view = views->NextView(state)) {
+      const std::string viewName = NameOf(*view);
+      if (viewName == name && view->AsSchematic() != nullptr) {
+        return *view->AsSchematic();
+      }
+      known += (known.empty() ? "" : ", ") + viewName;
+    }
+  }
+  throw UsageError("the design has no schematic \"" + name + "\" (it has: " + known + ")");
+}
+
+const DboPage& FindPage(const DboSchematic& schematic, const std::string& name) {
+  DboState state;
+  std::string known;
+  if (const auto pages = schematic.NewPagesIter(state)) {
+    while (const DboPage* page = pages->NextPage(state)) {
+      const std::string pageName = NameOf(*page);
+      if (pageName == name) {
+        return *page;
+      }
+      known += (known.empty() ? "" : ", ") + pageName;
+    }
+  }
+  throw UsageError("schematic \"" + NameOf(schematic) + "\" has no page \"" + name +
+                   "\" (it has: " + known + ")");
+}
+
+// The occurrence at `path`, which must show `schematic`.
+const DboInstOccurrence* FindOccurrence(const LoadedDesign& loaded, const std::string& path,
+                                        const DboSchematic& schematic) {
+  const DboInstOccurrence* occurrence = loaded.FindOccurrence(path);
+  if (occurrence == nullptr) {
+    throw UsageError("the design has no occurrence \"" + path + "\"");
+  }
+  DboState state;
+  const DboView* contents = occurrence->GetContents(state);
+  if (contents == nullptr || NameOf(*contents) != NameOf(schematic)) {
+    throw UsageError("occurrence \"" + path + "\" does not show schematic \"" + NameOf(schematic) +
+                     "\"");
+  }
+  return occurrence;
+}
+
+}  // namespace
+
+int RunPage(const PageOptions& options) {
+  const LoadedDesign loaded(options.design);
+  const DboSchematic& schematic = FindSchematic(loaded.design(), options.schematic);
+  const DboPage& page = FindPage(schematic, options.page);
+  const DboInstOccurrence* occurrence =
+      options.occurrence.empty() ? nullptr : FindOccurrence(loaded, options.occurrence, schematic);
+
+  TerminalUserInterface ui;
+  const ScopedUserInterface scoped(ui);
+  PageToDXF(&page, occurrence, options.output, 0, options.noFrame ? 0 : 1,
+            options.noTitleBlocks ? 0 : 1);
+  return kDone;
+}
+
+}  // namespace kalmor::cli

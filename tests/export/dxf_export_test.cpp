@@ -1,0 +1,243 @@
+#include "export/dxf_export.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "dxf/output_file.h"
+#include "model/design.h"
+#include "model/design_reader.h"
+#include "support/paths.h"
+
+namespace kalmor {
+namespace {
+
+namespace fs = std::filesystem;
+using ::kalmor::testing::ReadFileBytes;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+// The whole file of a page with nothing on it.
+constexpr char kEmptyPageFile[] =
+    " 0\r\nSECTION\r\n 2\r\nHEADER\r\n 9\r\n$ACADVER\r\n 1\r\nAC1009\r\n 0\r\nENDSEC\r\n"
+    " 0\r\nSECTION\r\n 2\r\nENTITIES\r\n"
+    " 0\r\nENDSEC\r\n 0\r\nEOF\r\n";
+
+// ROOT places a part and SUB twice; OTHER is reached by no one; Sub differs from SUB in case.
+constexpr char kHierarchy[] = R"({ "kalmor_design": 1, "name": "BOARD", "root": "ROOT",
+  "symbols": { "BOX": { "bbox": [0, 0, 10, 10] } },
+  "schematics": [
+    { "name": "OTHER", "pages": [ { "name": "O1" } ] },
+    { "name": "ROOT", "pages": [ { "name": "P1", "parts": [
+      { "id": "U1", "symbol": "BOX" },
+      { "id": "BLK1", "kind": "block", "schematic": "SUB", "symbol": "BOX" },
+      { "id": "BLK2", "kind": "block", "schematic": "SUB", "symbol": "BOX" } ] } ] },
+    { "name": "SUB", "pages": [ { "name": "S1" }, { "name": "S2" } ] },
+    { "name": "Sub", "pages": [ { "name": "S1" } ] } ] })";
+
+// One schematic S whose pages, named as given, hold nothing and hide their border.
+std::unique_ptr<model::Design> EmptyPages(const std::vector<std::string>& names) {
+  std::string pages;
+  for (const std::string& name : names) {
+    pages += (pages.empty() ? "" : ",") + std::string(R"({ "name": ")") + name +
+             R"(", "border": { "visible": false } })";
+  }
+  return model::ReadDesignDocument(
+      R"({ "kalmor_design": 1, "name": "BOARD", "schematics": [ { "name": "S", "pages": [)" +
+          pages + "] } ] }",
+      "empty.json");
+}
+
+class RecordingUserInterface final : public UserInterface {
+ public:
+  struct Message {
+    std::string caption;
+    std::string text;
+    unsigned style;
+    std::string watchedBytes;  // the watched file while the message was up
+    bool watchedHeld;          // whether a second writer was refused it then
+  };
+
+  void MessageBox(std::string_view caption, std::string_view text, unsigned style) override {
+    Message message{std::string(caption), std::string(text), style, {}, false};
+    if (!watched.empty()) {
+      message.watchedBytes = ReadFileBytes(watched);
+      try {
+        OutputFile second(watched.string());
+      } catch (const FileError&) {
+        message.watchedHeld = true;
+      }
+    }
+    messages.push_back(message);
+  }
+  std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings& settings) override {
+    dialogs.push_back(settings);
+    return answer;
+  }
+  bool AppendToSessionLog(std::string_view) override { return false; }
+  bool WantsExportProgress() const override { return true; }
+  void ShowExportProgress(const ExportProgress& shown) override { progress.push_back(shown); }
+
+  std::vector<Message> messages;
+  std::vector<SaveFileDialogSettings> dialogs;
+  std::optional<std::string> answer;
+  fs::path watched;
+  std::vector<ExportProgress> progress;
+};
+
+class DxfExportTest : public ::testing::Test {
+ protected:
+  void TearDown() override { g_inDesignExport = 0; }
+
+  std::vector<std::string> Files() const {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(temp.path())) {
+      names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  std::string In(const std::string& name) const { return (temp / name).string(); }
+
+  testing::TempDir temp;
+  RecordingUserInterface ui;
+  ScopedUserInterface scoped{ui};
+};
+
+TEST(DesignWalkTest, HierarchyFirstThenTheOtherViewsEachNameOnce) {
+  const auto design = model::ReadDesignDocument(kHierarchy, "hierarchy.json");
+  std::vector<std::string> visits;
+  DboState state;
+  VisitDesignPages(
+      *design, state,
+      [&](const DboPage& page, const DboInstOccurrence* occurrence, const std::string& schematic) {
+        std::string name;
+        page.GetName(name, state);
+        const auto id = occurrence ? occurrence->GetDesignOccurrenceId() : 0;
+        visits.push_back(schematic + "/" + name + "@" + std::to_string(id));
+      });
+  // U1 is occurrence 1 (a leaf), BLK1 2 and BLK2 3.
+  EXPECT_THAT(visits, ElementsAre("SUB/S1@2", "SUB/S2@2", "OTHER/O1@0", "ROOT/P1@0", "Sub/S1@0"));
+}
+
+// A host that answers with no iterators at all: nothing to visit, and no crash.
+TEST(DesignWalkTest, MissingIteratorsAreEmpty) {
+  struct NoIterators final : DboDesign {
+    int32_t GetObjectType(DboState&) const override { return 0; }
+    void GetName(std::string& name, DboState&) const override { name = "BARE"; }
+    std::unique_ptr<DboLibViewsIter> NewViewsIter(int32_t, DboState&) const override {
+      return nullptr;
+    }
+    std::unique_ptr<DboDesignOccurrencesIter> NewOccurrencesIter(DboState&) const override {
+      return nullptr;
+    }
+  } design;
+  int visits = 0;
+  DboState state;
+  VisitDesignPages(design, state, [&](auto&&...) { ++visits; });
+  EXPECT_EQ(visits, 0);
+}
+
+TEST_F(DxfExportTest, NullDesignDoesNothingAndNoSchematicsStillReports) {
+  DesignToDXF(nullptr, In("board.dxf"), 0, 1, 1);
+  EXPECT_THAT(ui.messages, IsEmpty());
+
+  const auto none =
+      model::ReadDesignDocument(R"({"kalmor_design":1,"name":"B","schematics":[]})", "none.json");
+  DesignToDXF(none.get(), In("b.txt"), 0, 1, 1);
+  ASSERT_EQ(ui.messages.size(), 1u);
+  EXPECT_EQ(ui.messages[0].caption, "KALMOR V1.15 COMPLETE");
+  EXPECT_EQ(ui.messages[0].style, 0u);
+  EXPECT_EQ(ui.messages[0].text,
+            "B has been output to " + In("b.txt") + "_<SchematicName>_<PageName>.dxf");
+  EXPECT_EQ(g_inDesignExport, 0);
+  EXPECT_THAT(Files(), IsEmpty());
+}
+
+TEST_F(DxfExportTest, DesignWritesEveryPageAnnouncedAndReportsOnce) {
+  const auto design = EmptyPages({"PAGE1", "PAGE2"});
+  DesignToDXF(design.get(), In("board.dxf"), 0, 1, 1);
+  // The unused argument changes nothing.
+  DesignToDXF(design.get(), In("other.dxf"), -99, 1, 1);
+
+  EXPECT_THAT(Files(), ElementsAre("board_S_PAGE1.dxf", "board_S_PAGE2.dxf", "other_S_PAGE1.dxf",
+                                   "other_S_PAGE2.dxf"));
+  for (const std::string& name : Files()) {
+    EXPECT_EQ(ReadFileBytes(temp / name), kEmptyPageFile) << name;
+  }
+  ASSERT_EQ(ui.messages.size(), 2u);
+  EXPECT_EQ(ui.messages[0].text,
+            "BOARD has been output to " + In("board") + "_<SchematicName>_<PageName>.dxf");
+  ASSERT_EQ(ui.progress.size(), 4u);
+  const ExportProgress& second = ui.progress[1];
+  EXPECT_EQ(std::tie(second.index, second.count, second.schematicName, second.pageName),
+            std::make_tuple(2, 2, std::string("S"), std::string("PAGE2")));
+  EXPECT_EQ(second.fileName, In("board_S_PAGE2.dxf"));
+}
+
+TEST_F(DxfExportTest, MissingDirectoryEndsTheExportAndLeavesTheFlagSet) {
+  const auto design = EmptyPages({"P1", "P2"});
+  try {
+    DesignToDXF(design.get(), In("missing/board.dxf"), 0, 1, 1);
+    FAIL() << "expected a FileError";
+  } catch (const FileError& error) {
+    EXPECT_EQ(error.path(), In("missing/board_S_P1.dxf"));
+  }
+  EXPECT_THAT(ui.messages, IsEmpty());
+  EXPECT_EQ(g_inDesignExport, 1);
+
+  // Until a design export completes, a page written by name reports nothing.
+  PageToDXF(design->FindPage("S", "P2"), nullptr, In("p2.dxf"), 0, 1, 1);
+  EXPECT_THAT(ui.messages, IsEmpty());
+  EXPECT_EQ(ReadFileBytes(In("p2.dxf")), kEmptyPageFile);
+}
+
+TEST_F(DxfExportTest, EmptyNameAsksTheUser) {
+  const auto design = EmptyPages({"PAGE1"});
+  const DboPage* page = design->FindPage("S", "PAGE1");
+
+  PageToDXF(page, nullptr, "", 0, 1, 1);  // cancelled
+  ASSERT_EQ(ui.dialogs.size(), 1u);
+  EXPECT_EQ(ui.dialogs[0].defaultExtension, "dxf");
+  EXPECT_EQ(ui.dialogs[0].initialFileName, "*.dxf");
+  EXPECT_EQ(ui.dialogs[0].flags, 0u);
+  EXPECT_EQ(ui.dialogs[0].filter, "DXF Files (*.dxf)||");
+  EXPECT_THAT(Files(), IsEmpty());
+
+  ui.answer = In("chosen.dxf");
+  PageToDXF(page, nullptr, "", 0, 1, 1);
+  EXPECT_EQ(ReadFileBytes(In("chosen.dxf")), kEmptyPageFile);
+  EXPECT_THAT(ui.messages, IsEmpty());
+}
+
+TEST_F(DxfExportTest, NamedFileIsReplacedAndReportedWhileHeldComplete) {
+  const auto design = EmptyPages({"PAGE1"});
+  std::ofstream(temp / "board.dxf") << std::string(4096, 'x');
+  ui.watched = temp / "board.dxf";
+
+  PageToDXF(design->FindPage("S", "PAGE1"), nullptr, In("board.dxf"), 0, 1, 1);
+
+  EXPECT_THAT(ui.dialogs, IsEmpty());
+  ASSERT_EQ(ui.messages.size(), 1u);
+  EXPECT_EQ(ui.messages[0].caption, "KALMOR V1.15 COMPLETE");
+  EXPECT_EQ(ui.messages[0].text, "PAGE1  output to  " + In("board.dxf"));
+  EXPECT_EQ(ui.messages[0].watchedBytes, kEmptyPageFile);
+  EXPECT_TRUE(ui.messages[0].watchedHeld);
+  EXPECT_EQ(ReadFileBytes(In("board.dxf")), kEmptyPageFile);
+}
+
+TEST_F(DxfExportTest, NullPageAndNulInTheNameAreRefused) {
+  const auto design = EmptyPages({"P"});
+  EXPECT_THROW(PageToDXF(nullptr, nullptr, In("x.dxf"), 0, 1, 1), std::invalid_argument);
+  EXPECT_THROW(
+      PageToDXF(design->FindPage("S", "P"), nullptr, In("x") + std::string("\0.dxf", 5), 0, 1, 1),
+      FileError);
+  EXPECT_THAT(Files(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace kalmor
