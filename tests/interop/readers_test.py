@@ -202,7 +202,7 @@ def ezdxf_counts(path):
 
 def gdal_counts(path):
     result = subprocess.run(
-        ["ogrinfo", "-ro", "-q", "-sql", "SELECT Layer, COUNT(*) AS n FROM entities GROUP BY Layer",
+        ["ogrinfo", "-ro", "-q", "-dialect", "SQLite", "-sql", "SELECT Layer, COUNT(*) AS n FROM entities GROUP BY Layer",
          str(path)], capture_output=True, text=True, check=False)
     if result.returncode != 0 or result.stderr.strip():
         raise CheckFailed(f"{path.name}: ogrinfo: {result.stderr.strip() or result.returncode}")
