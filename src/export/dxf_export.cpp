@@ -36,10 +36,10 @@ class ExportedSchematics {
 
 // Visits the pages of `view` unless its schematic was met before.
 void VisitView(const DboView& view, const DboInstOccurrence* occurrence, DboState& state,
-               ExportedSchematics& exported, const DesignPageVisitor& visit) {
+               ExportedSchematics& exportedSchematics, const DesignPageVisitor& visit) {
   std::string schematicName;
   view.GetName(schematicName, state);
-  if (!exported.Add(schematicName)) {
+  if (!exportedSchematics.Add(schematicName)) {
     return;
   }
   const DboSchematic* schematic = view.AsSchematic();
@@ -65,7 +65,7 @@ std::string PageName(const DboPage& page) {
 }  // namespace
 
 void VisitDesignPages(const DboDesign& design, DboState& state, const DesignPageVisitor& visit) {
-  ExportedSchematics exported;
+  ExportedSchematics exportedSchematics;
 
   if (const std::unique_ptr<DboDesignOccurrencesIter> occurrences =
           design.NewOccurrencesIter(state)) {
@@ -74,7 +74,7 @@ void VisitDesignPages(const DboDesign& design, DboState& state, const DesignPage
         continue;
       }
       if (const DboView* contents = occurrence->GetContents(state)) {
-        VisitView(*contents, occurrence, state, exported, visit);
+        VisitView(*contents, occurrence, state, exportedSchematics, visit);
       }
     }
   }
@@ -83,7 +83,7 @@ void VisitDesignPages(const DboDesign& design, DboState& state, const DesignPage
   // missing all the same, it counts as an empty collection rather than a failure.
   if (const std::unique_ptr<DboLibViewsIter> views = design.NewViewsIter(kSchematicViews, state)) {
     while (const DboView* view = views->NextView(state)) {
-      VisitView(*view, nullptr, state, exported, visit);
+      VisitView(*view, nullptr, state, exportedSchematics, visit);
     }
   }
 }

@@ -8,12 +8,16 @@ UserInterface* g_current = &g_silent;
 
 }  // namespace
 
-UserInterface& CurrentUserInterface() { return *g_current; }
+UserInterface& CurrentUserInterface() {
+  return *g_current;
+}
 
 ScopedUserInterface::ScopedUserInterface(UserInterface& ui) : previous_(g_current) {
   g_current = &ui;
 }
 
-ScopedUserInterface::~ScopedUserInterface() { g_current = previous_; }
+ScopedUserInterface::~ScopedUserInterface() {
+  g_current = previous_;
+}
 
 }  // namespace kalmor

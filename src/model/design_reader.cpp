@@ -5,13 +5,14 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
+#include <filesystem>
 #include <limits>
 #include <optional>
 #include <unordered_map>
 
 #include "model/design.h"
 #include "model/design_data.h"
+#include "model/hierarchy_links.h"
 #include "model/tape_reader.h"
 
 namespace kalmor::model {
@@ -19,9 +20,6 @@ namespace detail {
 namespace {
 
 constexpr int32_t kFormatVersion = 1;
-// Each occurrence costs a little memory and hierarchies multiply; a design this large is
-// refused rather than exhausting the machine.
-constexpr uint64_t kMaxOccurrences = uint64_t{1} << 22;
 constexpr std::size_t kMaxFaceBytes = sizeof(LogFont::lfFaceName) - 1;
 constexpr const char* kMissing = "required, but missing";
 constexpr int kMostVectorDepth = 32;
@@ -149,19 +147,6 @@ struct Graphic {
   Extent extent;
 };
 
-// Where a block part stands, to name it when its schematic is wrong.
-struct BlockRef {
-  std::size_t schematic, page, part;
-  std::string Pointer() const {
-    return "/schematics/" + std::to_string(schematic) + "/pages/" + std::to_string(page) +
-           "/parts/" + std::to_string(part) + "/schematic";
-  }
-};
-
-std::string Quoted(std::string_view text) {
-  return "\"" + Abbreviated(text) + "\"";
-}
-
 class DocumentReader {
  public:
   DocumentReader(const JsonTape& tape, DesignData& data) : in_(tape), data_(data) {
@@ -170,7 +155,7 @@ class DocumentReader {
 
   void Read() {
     ReadDocument();
-    Link();
+    LinkHierarchy(data_, rootName_, blocks_);
   }
 
  private:
@@ -231,8 +216,8 @@ class DocumentReader {
   }
 
   DisplayTypeT ReadDisplayType() {
-    if (in_.Peek().kind != Token::Kind::kString) {
-      if (in_.Peek().kind != Token::Kind::kInteger && in_.Peek().kind != Token::Kind::kUnsigned) {
+    if (in_.PeekKind() != Token::Kind::kString) {
+      if (in_.PeekKind() != Token::Kind::kInteger && in_.PeekKind() != Token::Kind::kUnsigned) {
         in_.Expected("a display type (an integer, or a word such as \"value\")");
       }
       return in_.Int32();
@@ -288,10 +273,10 @@ class DocumentReader {
     GraphicFields fields;
     in_.Record({"type"}, [&](std::string_view key) {
       if (key == "type") {
-        if (in_.Peek().kind == Token::Kind::kString) {
+        if (in_.PeekKind() == Token::Kind::kString) {
           fields.typeName = in_.String();
-        } else if (in_.Peek().kind == Token::Kind::kInteger ||
-                   in_.Peek().kind == Token::Kind::kUnsigned) {
+        } else if (in_.PeekKind() == Token::Kind::kInteger ||
+                   in_.PeekKind() == Token::Kind::kUnsigned) {
           fields.typeCode = in_.Int32();
         } else {
           in_.Expected("a graphic type (a word such as \"line\", or a type code)");
@@ -512,7 +497,7 @@ class DocumentReader {
   }
 
   const Symbol* ReadSymbolRef() {
-    if (in_.Peek().kind == Token::Kind::kString) {
+    if (in_.PeekKind() == Token::Kind::kString) {
       const std::string name = in_.String();
       const auto found = symbolsByName_.find(name);
       if (found == symbolsByName_.end()) {
@@ -520,7 +505,7 @@ class DocumentReader {
       }
       return found->second;
     }
-    if (in_.Peek().kind != Token::Kind::kObject) {
+    if (in_.PeekKind() != Token::Kind::kObject) {
       in_.Expected("a symbol name or a symbol object");
     }
     return ReadSymbol();
@@ -528,7 +513,7 @@ class DocumentReader {
 
   void ReadSymbols() {
     in_.Map([&](std::string_view name) {
-      if (in_.Peek().kind != Token::Kind::kObject) {
+      if (in_.PeekKind() != Token::Kind::kObject) {
         in_.Expected("a symbol object");
       }
       const Symbol* symbol = ReadSymbol();
@@ -567,8 +552,8 @@ class DocumentReader {
   }
 
   int32_t ReadPartKind() {
-    if (in_.Peek().kind != Token::Kind::kString) {
-      if (in_.Peek().kind != Token::Kind::kInteger && in_.Peek().kind != Token::Kind::kUnsigned) {
+    if (in_.PeekKind() != Token::Kind::kString) {
+      if (in_.PeekKind() != Token::Kind::kInteger && in_.PeekKind() != Token::Kind::kUnsigned) {
         in_.Expected("a part kind (\"part\", \"block\" or a type code)");
       }
       return in_.Int32();
@@ -652,7 +637,8 @@ class DocumentReader {
   }
 
   // Part ids of the schematic being read, with the page and index of each first use.
-  using PartIds = std::unordered_map<std::string, std::pair<std::size_t, std::size_t>>;
+  // The ids are views of the parts' own, which stay put: every list is sized before it is read.
+  using PartIds = std::unordered_map<std::string_view, std::pair<std::size_t, std::size_t>>;
 
   void ReadPart(PartInst& part, PartIds& ids, std::size_t schematic, std::size_t page,
                 std::size_t index) {
@@ -889,7 +875,7 @@ class DocumentReader {
   // The document
 
   void ReadDocument() {
-    if (in_.Peek().kind != Token::Kind::kObject) {
+    if (in_.PeekKind() != Token::Kind::kObject) {
       in_.Expected("an object (a design document)");
     }
     // The version says how to read everything else, and symbols are named before they are
@@ -899,7 +885,7 @@ class DocumentReader {
       in_.FailAt("kalmor_design", "required, but missing (the format version, 1)");
     }
     in_.ReadMemberAt("kalmor_design", versionAt, [&] {
-      const Token& version = in_.Peek();
+      const Token version = in_.Peek();
       if (version.kind != Token::Kind::kInteger) {
         in_.Expected("the format version 1");
       }
@@ -935,215 +921,6 @@ class DocumentReader {
       }
       return true;
     });
-  }
-
-  // ---------------------------------------------------------------------------------------
-  // The hierarchy, once every schematic is known
-
-  const Schematic* FindSchematic(std::string_view name) const {
-    for (const Schematic& schematic : data_.schematics) {
-      if (schematic.name == name) {
-        return &schematic;
-      }
-    }
-    return nullptr;
-  }
-
-  void Link() {
-    if (rootName_) {
-      data_.root = FindSchematic(*rootName_);
-      if (data_.root == nullptr) {
-        throw DocumentFault{"/root", "no schematic named " + Quoted(*rootName_)};
-      }
-    } else if (!data_.schematics.empty()) {
-      data_.root = &data_.schematics.front();
-    }
-    SetOwners();
-    std::unordered_map<std::string_view, const Schematic*> byName;
-    for (const Schematic& schematic : data_.schematics) {
-      byName.emplace(schematic.name, &schematic);
-    }
-    for (const BlockRef& block : blocks_) {
-      PartInst& part = PartAt(block);
-      const auto found = byName.find(part.schematicName);
-      if (found == byName.end()) {
-        throw DocumentFault{block.Pointer(), "no schematic named " + Quoted(part.schematicName)};
-      }
-      part.contents = found->second;
-    }
-    CheckNoSchematicInstantiatesItself();
-    if (data_.root != nullptr && CountOccurrences(*data_.root, kMaxOccurrences) > kMaxOccurrences) {
-      throw DocumentFault{"/root", "the hierarchy below schematic " + Quoted(data_.root->name) +
-                                       " has more than " + std::to_string(kMaxOccurrences) +
-                                       " occurrences"};
-    }
-    BuildOccurrences(data_);
-    ResolveOccurrenceKeys();
-  }
-
-  PartInst& PartAt(const BlockRef& block) {
-    return data_.schematics[block.schematic].pages[block.page].parts[block.part];
-  }
-
-  void SetOwners() {
-    const auto own = [](DisplayPropList& props, const DboBaseObject* owner) {
-      for (DisplayProp& prop : props) {
-        prop.owner = owner;
-      }
-    };
-    for (Schematic& schematic : data_.schematics) {
-      for (Page& page : schematic.pages) {
-        for (TitleBlock& block : page.titleBlocks) {
-          own(block.properties, &block);
-        }
-        for (PartInst& part : page.parts) {
-          own(part.properties, &part);
-          part.schematic = &schematic;
-          part.ordinal = static_cast<uint32_t>(schematic.parts.size());
-          schematic.parts.push_back(&part);
-          for (Pin& pin : part.pins) {
-            pin.owner = &part;
-            own(pin.properties, &pin);
-          }
-        }
-        for (Wire& wire : page.wires) {
-          own(wire.properties, &wire);
-        }
-        for (Global& global : page.globals) {
-          own(global.properties, &global);
-        }
-        for (Port& port : page.ports) {
-          own(port.properties, &port);
-        }
-        for (OffPageConnector& connector : page.offPageConnectors) {
-          own(connector.properties, &connector);
-        }
-      }
-    }
-  }
-
-  void CheckNoSchematicInstantiatesItself() {
-    std::unordered_map<const Schematic*, std::vector<const BlockRef*>> blocksIn;
-    for (const BlockRef& block : blocks_) {
-      blocksIn[&data_.schematics[block.schematic]].push_back(&block);
-    }
-    enum class Mark { kNew, kOpen, kDone };
-    std::unordered_map<const Schematic*, Mark> marks;
-    struct Visit {
-      const Schematic* schematic;
-      std::size_t next;
-    };
-    for (const Schematic& start : data_.schematics) {
-      if (marks[&start] != Mark::kNew) {
-        continue;
-      }
-      std::vector<Visit> path{{&start, 0}};
-      marks[&start] = Mark::kOpen;
-      while (!path.empty()) {
-        Visit& visit = path.back();
-        const std::vector<const BlockRef*>& blocks = blocksIn[visit.schematic];
-        if (visit.next == blocks.size()) {
-          marks[visit.schematic] = Mark::kDone;
-          path.pop_back();
-          continue;
-        }
-        const BlockRef& block = *blocks[visit.next++];
-        const Schematic* target = PartAt(block).contents;
-        if (marks[target] == Mark::kOpen) {
-          std::string chain;
-          bool inCycle = false;
-          for (const Visit& step : path) {
-            inCycle = inCycle || step.schematic == target;
-            if (inCycle) {
-              chain += Abbreviated(step.schematic->name) + " -> ";
-            }
-          }
-          throw DocumentFault{block.Pointer(), "schematic " + Quoted(target->name) +
-                                                   " instantiates itself (" + chain +
-                                                   Abbreviated(target->name) + ")"};
-        }
-        if (marks[target] == Mark::kNew) {
-          marks[target] = Mark::kOpen;
-          path.push_back({target, 0});
-        }
-      }
-    }
-  }
-
-  // Turns the occurrence paths that values and pin texts are keyed by into occurrence ids,
-  // refusing paths that name no occurrence of the object.
-  void ResolveOccurrenceKeys() {
-    for (std::size_t s = 0; s < data_.schematics.size(); ++s) {
-      Schematic& schematic = data_.schematics[s];
-      for (std::size_t p = 0; p < schematic.pages.size(); ++p) {
-        Page& page = schematic.pages[p];
-        const std::string at = "/schematics/" + std::to_string(s) + "/pages/" + std::to_string(p);
-        ResolveCollection(page.titleBlocks, schematic, at + "/title_blocks/");
-        ResolveCollection(page.parts, schematic, at + "/parts/");
-        ResolveCollection(page.wires, schematic, at + "/wires/");
-        ResolveCollection(page.globals, schematic, at + "/globals/");
-        ResolveCollection(page.ports, schematic, at + "/ports/");
-        ResolveCollection(page.offPageConnectors, schematic, at + "/off_page_connectors/");
-        for (std::size_t k = 0; k < page.parts.size(); ++k) {
-          PartInst& part = page.parts[k];
-          for (std::size_t n = 0; n < part.pins.size(); ++n) {
-            Pin& pin = part.pins[n];
-            const std::string pinAt =
-                at + "/parts/" + std::to_string(k) + "/pins/" + std::to_string(n);
-            ResolveProperties(pin.properties, schematic, pinAt + "/properties/");
-            ResolveKeys(
-                pin.occurrences, pinAt + "/occurrences",
-                [&](const Occurrence& o) { return o.part == &part; },
-                "no occurrence of part " + Quoted(part.id) + " has this path");
-          }
-        }
-      }
-    }
-  }
-
-  template <typename Item>
-  void ResolveCollection(std::vector<Item>& items, const Schematic& schematic,
-                         const std::string& at) {
-    for (std::size_t i = 0; i < items.size(); ++i) {
-      ResolveProperties(items[i].properties, schematic, at + std::to_string(i) + "/properties/");
-    }
-  }
-
-  void ResolveProperties(DisplayPropList& props, const Schematic& schematic,
-                         const std::string& at) {
-    for (std::size_t i = 0; i < props.size(); ++i) {
-      if (props[i].values.empty()) {
-        continue;
-      }
-      ResolveKeys(
-          props[i].values, at + std::to_string(i) + "/values",
-          [&](const Occurrence& o) { return o.contents == &schematic; },
-          "no occurrence of schematic " + Quoted(schematic.name) + " has this path");
-    }
-  }
-
-  template <typename Entry, typename Fits>
-  void ResolveKeys(std::vector<Entry>& entries, const std::string& at, Fits&& fits,
-                   const std::string& complaint) {
-    for (Entry& entry : entries) {
-      const auto found = data_.occurrenceByPath.find(entry.path);
-      if (found == data_.occurrenceByPath.end() || !fits(*found->second)) {
-        std::string pointer = at;
-        AppendPointerKey(pointer, entry.path);
-        throw DocumentFault{pointer, complaint};
-      }
-      entry.id = found->second->id;
-    }
-    std::sort(entries.begin(), entries.end(),
-              [](const Entry& a, const Entry& b) { return a.id < b.id; });
-    const auto twice =
-        std::adjacent_find(entries.begin(), entries.end(),
-                           [](const Entry& a, const Entry& b) { return a.id == b.id; });
-    if (twice != entries.end()) {
-      std::string pointer = at;
-      AppendPointerKey(pointer, twice->path);
-      throw DocumentFault{pointer, "occurrence path given twice"};
-    }
   }
 
   TapeReader in_;
@@ -1195,17 +972,19 @@ std::unique_ptr<Design> ReadDesignDocument(std::string_view json, std::string_vi
 }
 
 std::unique_ptr<Design> LoadDesignDocument(const std::string& path) {
-  // Read with the C library, whose errors keep their reason: a stream reading a directory
-  // throws a message that names no file.
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
                                                              &std::fclose);
   if (file == nullptr) {
     throw DesignDocumentError(path + ": cannot open: " + std::strerror(errno));
   }
   std::string json;
+  std::error_code unknown;
+  if (const auto size = std::filesystem::file_size(path, unknown); !unknown) {
+    json.reserve(size);
+  }
   char buffer[1 << 16];
-  while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, file.get())) {
-    json.append(buffer, got);
+  while (const std::size_t read = std::fread(buffer, 1, sizeof buffer, file.get())) {
+    json.append(buffer, read);
   }
   if (std::ferror(file.get()) != 0) {
     throw DesignDocumentError(path + ": cannot read: " + std::strerror(errno));

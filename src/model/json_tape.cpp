@@ -1,8 +1,12 @@
 #include "model/json_tape.h"
 
 #include <charconv>
+#include <cstring>
+#include <unordered_map>
 
 #include <nlohmann/json.hpp>
+
+#include "model/document_fault.h"
 
 namespace kalmor::model::detail {
 
@@ -119,38 +123,36 @@ class TapeBuilder final : public nlohmann::json_sax<Json> {
   TapeBuilder(JsonTape& tape, SyntaxError& error, const std::vector<ForeignByte>& foreign)
       : tape_(tape), error_(error), foreign_(foreign) {}
 
-  bool null() override { return Scalar(Token::Kind::kNull); }
-  bool boolean(bool value) override {
-    Token& token = Push(Token::Kind::kBoolean);
-    token.boolean = value;
-    return true;
-  }
+  bool null() override { return Push(Token::Kind::kNull, 0); }
+  bool boolean(bool value) override { return Push(Token::Kind::kBoolean, value ? 1 : 0); }
   bool number_integer(number_integer_t value) override {
-    Push(Token::Kind::kInteger).integer = value;
-    return true;
+    constexpr int64_t kLimit = int64_t{1} << (63 - JsonTape::kPayloadShift);
+    if (value >= -kLimit && value < kLimit) {
+      return Push(Token::Kind::kInteger, static_cast<uint64_t>(value));
+    }
+    return PushWide(Token::Kind::kInteger, static_cast<uint64_t>(value));
   }
   bool number_unsigned(number_unsigned_t value) override {
     if (value <= static_cast<uint64_t>(INT64_MAX)) {
-      Push(Token::Kind::kInteger).integer = static_cast<int64_t>(value);
-    } else {
-      Push(Token::Kind::kUnsigned).unsignedInteger = value;
+      return number_integer(static_cast<int64_t>(value));
     }
-    return true;
+    return PushWide(Token::Kind::kUnsigned, value);
   }
   bool number_float(number_float_t value, const string_t& /*text*/) override {
-    Push(Token::Kind::kReal).real = value;
-    return true;
+    uint64_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    return PushWide(Token::Kind::kReal, bits);
   }
   bool string(string_t& value) override {
-    PushString(Token::Kind::kString, value);
-    return true;
+    RestoreForeignBytes(value);
+    return PushString(Token::Kind::kString, value);
   }
   bool binary(binary_t& /*value*/) override { return false; }  // never produced from text
   bool key(string_t& value) override {
-    open_.back().key = tape_.tokens_.size();
+    RestoreForeignBytes(value);
+    open_.back().key = tape_.packed_.size();
     ++open_.back().keys;
-    PushString(Token::Kind::kKey, value);
-    return true;
+    return PushKey(value);
   }
   bool start_object(std::size_t /*size*/) override { return Open(Token::Kind::kObject); }
   bool start_array(std::size_t /*size*/) override { return Open(Token::Kind::kArray); }
@@ -193,45 +195,55 @@ class TapeBuilder final : public nlohmann::json_sax<Json> {
     uint32_t keys;
   };
 
-  Token& Push(Token::Kind kind) {
-    if (!open_.empty()) {
-      Level& parent = open_.back();
-      if (tape_.tokens_[parent.token].kind == Token::Kind::kArray || kind != Token::Kind::kKey) {
-        ++parent.count;
-      }
+  bool Push(Token::Kind kind, uint64_t payload, uint64_t flags = 0) {
+    if (!open_.empty() && kind != Token::Kind::kKey) {
+      ++open_.back().count;
     }
-    Token& token = tape_.tokens_.emplace_back();
-    token.kind = kind;
-    return token;
-  }
-  bool Scalar(Token::Kind kind) {
-    Push(kind);
+    tape_.packed_.push_back(static_cast<uint64_t>(kind) | flags |
+                            (payload << JsonTape::kPayloadShift));
     return true;
   }
-  void PushString(Token::Kind kind, const std::string& value) {
-    Token& token = Push(kind);
-    token.offset = tape_.strings_.size();
-    token.size = static_cast<uint32_t>(value.size());
+  bool PushWide(Token::Kind kind, uint64_t bits) {
+    tape_.wide_.push_back(bits);
+    return Push(kind, tape_.wide_.size() - 1, JsonTape::kWide);
+  }
+  bool PushString(Token::Kind kind, const std::string& value) { return Push(kind, Store(value)); }
+  // Member names repeat throughout a document; each distinct one is stored once.
+  bool PushKey(const std::string& value) {
+    const auto [known, added] = keys_.try_emplace(value, 0);
+    if (added) {
+      known->second = Store(value);
+    }
+    return Push(Token::Kind::kKey, known->second);
+  }
+  uint64_t Store(const std::string& value) {
+    const uint64_t at = tape_.strings_.size();
+    const auto length = static_cast<uint32_t>(value.size());
+    tape_.strings_.append(reinterpret_cast<const char*>(&length), sizeof length);
     tape_.strings_.append(value);
+    return at;
+  }
+  // The bytes that were not UTF-8 go back into the string or member name being read.
+  void RestoreForeignBytes(std::string& value) {
     for (; nextForeign_ < foreign_.size() && foreign_[nextForeign_].string == stringsRead_;
          ++nextForeign_) {
-      tape_.strings_[token.offset + foreign_[nextForeign_].at] = foreign_[nextForeign_].byte;
+      value[foreign_[nextForeign_].at] = foreign_[nextForeign_].byte;
     }
     ++stringsRead_;
   }
   bool Open(Token::Kind kind) {
-    const std::size_t index = tape_.tokens_.size();
-    Push(kind);
+    const std::size_t index = tape_.packed_.size();
+    Push(kind, 0);
     open_.push_back({index, 0, 0, 0});
     return true;
   }
+  // The begin token learns where its end is; the end token holds the element count.
   bool Close() {
     const Level open = open_.back();
     open_.pop_back();
-    Token& begin = tape_.tokens_[open.token];
-    begin.size = open.count;
-    begin.end = tape_.tokens_.size();
-    tape_.tokens_.emplace_back().kind = Token::Kind::kEnd;
+    tape_.packed_[open.token] |= tape_.packed_.size() << JsonTape::kPayloadShift;
+    tape_.packed_.push_back(static_cast<uint64_t>(Token::Kind::kEnd) |
+                            (uint64_t{open.count} << JsonTape::kPayloadShift));
     return true;
   }
 
@@ -242,10 +254,10 @@ class TapeBuilder final : public nlohmann::json_sax<Json> {
       const Level& open = open_[level];
       // An open container below this one has been counted already; a scalar has not.
       const bool inner = level + 1 < open_.size();
-      if (tape_.tokens_[open.token].kind == Token::Kind::kArray) {
+      if (tape_.kind(open.token) == Token::Kind::kArray) {
         pointer += '/' + std::to_string(inner ? open.count - 1 : open.count);
       } else if (inner || open.keys > open.count) {
-        AppendPointerKey(pointer, tape_.Text(tape_.tokens_[open.key]));
+        AppendPointerKey(pointer, tape_.Text(tape_[open.key]));
       }
     }
     return pointer;
@@ -254,40 +266,67 @@ class TapeBuilder final : public nlohmann::json_sax<Json> {
   JsonTape& tape_;
   SyntaxError& error_;
   std::vector<Level> open_;
+  std::unordered_map<std::string, uint64_t> keys_;
   const std::vector<ForeignByte>& foreign_;
   std::size_t nextForeign_ = 0;
   std::size_t stringsRead_ = 0;  // strings and member names, in text order
 };
 
 bool JsonTape::Parse(std::string_view text, SyntaxError& error) {
-  tokens_.clear();
+  packed_.clear();
+  wide_.clear();
   strings_.clear();
-  // A token per eight bytes of text covers typical documents without regrowing.
-  tokens_.reserve(text.size() / 8 + 16);
+  // Generous room (a token per four bytes of text, strings for half of it) costs address
+  // space only, and spares the copies of regrowing.
+  packed_.reserve(text.size() / 4 + 16);
+  strings_.reserve(text.size() / 2 + 16);
   std::string copy;
   std::vector<ForeignByte> foreign;
   const std::string_view readable = ReadableText(text, copy, foreign);
   TapeBuilder builder(*this, error, foreign);
   const bool ok = Json::sax_parse(readable.begin(), readable.end(), &builder);
   if (!ok) {
-    tokens_ = {};
+    packed_ = {};
+    wide_ = {};
     strings_ = {};
-  } else {
-    tokens_.shrink_to_fit();
   }
   return ok;
 }
 
-std::string Abbreviated(std::string_view text) {
-  constexpr std::size_t kLongest = 64;
-  if (text.size() <= kLongest) {
-    return std::string(text);
+Token JsonTape::operator[](std::size_t index) const {
+  const uint64_t bits = packed_[index];
+  const uint64_t payload = bits >> kPayloadShift;
+  Token token;
+  token.kind = static_cast<Token::Kind>(bits & kKindMask);
+  switch (token.kind) {
+    case Token::Kind::kObject:
+    case Token::Kind::kArray:
+      token.end = payload;
+      token.size = static_cast<uint32_t>(packed_[payload] >> kPayloadShift);
+      break;
+    case Token::Kind::kEnd:
+      break;
+    case Token::Kind::kKey:
+    case Token::Kind::kString:
+      std::memcpy(&token.size, strings_.data() + payload, sizeof token.size);
+      token.offset = payload + sizeof token.size;
+      break;
+    case Token::Kind::kInteger:
+    case Token::Kind::kUnsigned:
+    case Token::Kind::kReal:
+      if ((bits & kWide) != 0) {
+        std::memcpy(&token.unsignedInteger, &wide_[payload], sizeof token.unsignedInteger);
+      } else {
+        token.integer = static_cast<int64_t>(bits) >> kPayloadShift;
+      }
+      break;
+    case Token::Kind::kBoolean:
+      token.boolean = payload != 0;
+      break;
+    case Token::Kind::kNull:
+      break;
   }
-  std::size_t cut = kLongest - 3;
-  while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) {
-    --cut;  // not inside a character
-  }
-  return std::string(text.substr(0, cut)) + "...";
+  return token;
 }
 
 void AppendPointerKey(std::string& pointer, std::string_view key) {

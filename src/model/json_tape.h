@@ -13,6 +13,7 @@
 
 namespace kalmor::model::detail {
 
+// One token as the reader sees it, unpacked from the tape.
 struct Token {
   enum class Kind : uint8_t {
     kObject,  // `size` members follow, then kEnd; `end` is the index of that kEnd
@@ -50,21 +51,27 @@ class JsonTape {
   // Parses `text`; false (with `error` filled) when it is not JSON.
   bool Parse(std::string_view text, SyntaxError& error);
 
-  const Token& operator[](std::size_t index) const { return tokens_[index]; }
-  std::size_t size() const { return tokens_.size(); }
+  Token operator[](std::size_t index) const;
+  Token::Kind kind(std::size_t index) const {
+    return static_cast<Token::Kind>(packed_[index] & kKindMask);
+  }
+  std::size_t size() const { return packed_.size(); }
   std::string_view Text(const Token& token) const {
     return std::string_view(strings_).substr(token.offset, token.size);
   }
 
  private:
   friend class TapeBuilder;
-  std::vector<Token> tokens_;
-  std::string strings_;
-};
+  // Each token is one word: the kind in the low bits, a flag saying the value lives in `wide_`,
+  // and a payload above them (a small integer, an index, an offset or a count).
+  static constexpr uint64_t kKindMask = 0xF;
+  static constexpr uint64_t kWide = 0x10;
+  static constexpr int kPayloadShift = 5;
 
-// `text` as a message quotes it: whole when short, else its first few dozen bytes and "...",
-// so that a name of megabytes gives a message of a line.
-std::string Abbreviated(std::string_view text);
+  std::vector<uint64_t> packed_;
+  std::vector<uint64_t> wide_;  // numbers that do not fit a payload, as their bits
+  std::string strings_;         // each string is its 32-bit length, then its bytes
+};
 
 // Appends `key` to `pointer` as one JSON-pointer step ("~" and "/" escaped).
 void AppendPointerKey(std::string& pointer, std::string_view key);

@@ -6,7 +6,7 @@
 namespace kalmor::model::detail {
 
 void TapeReader::Skip() {
-  const Token& token = Peek();
+  const Token token = Peek();
   at_ = token.kind == Token::Kind::kObject || token.kind == Token::Kind::kArray ? token.end + 1
                                                                                 : at_ + 1;
 }
@@ -77,7 +77,7 @@ std::string TapeReader::Describe(const Token& token) const {
 }
 
 void TapeReader::EnterObject() {
-  if (Peek().kind != Token::Kind::kObject) {
+  if (PeekKind() != Token::Kind::kObject) {
     Expected("an object");
   }
   ++at_;
@@ -91,22 +91,22 @@ std::string_view TapeReader::TakeKey() {
 }
 
 std::size_t TapeReader::ListSize() const {
-  if (Peek().kind != Token::Kind::kArray) {
+  if (PeekKind() != Token::Kind::kArray) {
     Expected("an array");
   }
   return Peek().size;
 }
 
 std::size_t TapeReader::FindMember(std::string_view key) const {
-  if (Peek().kind != Token::Kind::kObject) {
+  if (PeekKind() != Token::Kind::kObject) {
     return 0;
   }
   std::size_t at = at_ + 1;
-  while (tape_[at].kind == Token::Kind::kKey) {
+  while (tape_.kind(at) == Token::Kind::kKey) {
     if (tape_.Text(tape_[at]) == key) {
       return at + 1;
     }
-    const Token& value = tape_[at + 1];
+    const Token value = tape_[at + 1];
     at = value.kind == Token::Kind::kObject || value.kind == Token::Kind::kArray ? value.end + 1
                                                                                  : at + 2;
   }
@@ -114,7 +114,7 @@ std::size_t TapeReader::FindMember(std::string_view key) const {
 }
 
 int32_t TapeReader::Int32() {
-  const Token& token = Peek();
+  const Token token = Peek();
   if (token.kind == Token::Kind::kInteger && token.integer >= INT32_MIN &&
       token.integer <= INT32_MAX) {
     ++at_;
@@ -131,7 +131,7 @@ int32_t TapeReader::Int32AtLeast(int32_t least, std::string_view what) {
 }
 
 int32_t TapeReader::Int32Within(int32_t least, int32_t most, std::string_view what) {
-  const Token& token = Peek();
+  const Token token = Peek();
   if ((token.kind == Token::Kind::kInteger && (token.integer < least || token.integer > most)) ||
       (token.kind == Token::Kind::kUnsigned && most < INT32_MAX)) {
     Expected(what);
@@ -146,7 +146,7 @@ int32_t TapeReader::Coordinate() {
 }
 
 uint8_t TapeReader::Byte() {
-  const Token& token = Peek();
+  const Token token = Peek();
   if (token.kind != Token::Kind::kInteger || token.integer < 0 || token.integer > 255) {
     Expected("an integer from 0 to 255");
   }
@@ -155,7 +155,7 @@ uint8_t TapeReader::Byte() {
 }
 
 bool TapeReader::Boolean() {
-  const Token& token = Peek();
+  const Token token = Peek();
   if (token.kind != Token::Kind::kBoolean) {
     Expected("true or false");
   }
@@ -164,7 +164,7 @@ bool TapeReader::Boolean() {
 }
 
 double TapeReader::NumberWithin(double least, double most, std::string_view what) {
-  const Token& token = Peek();
+  const Token token = Peek();
   double value = 0.0;
   switch (token.kind) {
     case Token::Kind::kInteger:
@@ -187,7 +187,7 @@ double TapeReader::NumberWithin(double least, double most, std::string_view what
 }
 
 std::string TapeReader::String() {
-  const Token& token = Peek();
+  const Token token = Peek();
   if (token.kind != Token::Kind::kString) {
     Expected("a string");
   }
@@ -196,7 +196,7 @@ std::string TapeReader::String() {
 }
 
 CPoint TapeReader::Point() {
-  const Token& token = Peek();
+  const Token token = Peek();
   if (token.kind != Token::Kind::kArray || token.size != 2) {
     Expected("[x, y] of two integers");
   }
@@ -206,7 +206,7 @@ CPoint TapeReader::Point() {
 }
 
 CRect TapeReader::Rect() {
-  const Token& token = Peek();
+  const Token token = Peek();
   if (token.kind != Token::Kind::kArray || token.size != 4) {
     Expected("[left, top, right, bottom] of four integers");
   }

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "host/types.h"
+#include "model/document_fault.h"
 #include "model/json_tape.h"
 
 namespace kalmor::model::detail {
@@ -26,17 +27,12 @@ namespace kalmor::model::detail {
 inline constexpr int32_t kCoordinateLimit = 1 << 24;
 inline constexpr double kScaleFactorLimit = 32.0;
 
-// A complaint about a document: where (a JSON pointer) and what.
-struct DocumentFault {
-  std::string pointer;
-  std::string message;
-};
-
 class TapeReader {
  public:
-  explicit TapeReader(const JsonTape& tape) : tape_(tape) {}
+  explicit TapeReader(const JsonTape& tape) : tape_(tape) { path_.reserve(32); }
 
-  const Token& Peek() const { return tape_[at_]; }
+  Token Peek() const { return tape_[at_]; }
+  Token::Kind PeekKind() const { return tape_.kind(at_); }
   std::size_t at() const { return at_; }
   void Seek(std::size_t at) { at_ = at; }
   void Skip();
@@ -111,7 +107,7 @@ void TapeReader::Record(std::initializer_list<std::string_view> required, Field&
   // repeats one of these.
   std::array<std::string_view, 32> seen;
   std::size_t count = 0;
-  while (Peek().kind != Token::Kind::kEnd) {
+  while (PeekKind() != Token::Kind::kEnd) {
     const std::string_view key = TakeKey();
     for (std::size_t i = 0; i < count; ++i) {
       if (seen[i] == key) {
@@ -137,7 +133,7 @@ void TapeReader::Record(std::initializer_list<std::string_view> required, Field&
 template <typename Entry>
 void TapeReader::Map(Entry&& entry) {
   EnterObject();
-  while (Peek().kind != Token::Kind::kEnd) {
+  while (PeekKind() != Token::Kind::kEnd) {
     entry(TakeKey());
     path_.pop_back();
   }

@@ -1,6 +1,6 @@
 #include "page/display_props.h"
 
-#include <algorithm>
+#include <cstdlib>
 
 #include "page/instance_placement.h"
 
@@ -12,15 +12,15 @@ constexpr char kClose[] = ">";
 constexpr char kEquals[] = " = ";
 
 // The text's extent, normalised.
-void ExtentOf(const DboDisplayProp& prop, DboState& state, int32_t& width, int32_t& height) {
+void ExtentOf(const DboDisplayProp& prop, DboState& state, int64_t& width, int64_t& height) {
   const CRect box = prop.GetBoundingBox(state);
-  width = std::max(box.left, box.right) - std::min(box.left, box.right);
-  height = std::max(box.top, box.bottom) - std::min(box.top, box.bottom);
+  width = std::abs(int64_t{box.right} - box.left);
+  height = std::abs(int64_t{box.bottom} - box.top);
 }
 
 // The rotation table shared by both anchors, in whatever arithmetic the caller's location has.
 template <typename T>
-bool AnchorFor(RotationT rotation, T x0, T y0, T lx, T ly, int32_t width, int32_t height, T& x,
+bool AnchorFor(RotationT rotation, T x0, T y0, T lx, T ly, int64_t width, int64_t height, T& x,
                T& y) {
   switch (rotation) {
     case 0:
@@ -101,23 +101,24 @@ bool GetDisplayPropText(const DboDisplayProp& prop, const DboInstOccurrence* occ
 CPoint DisplayPropAnchor(const DboDisplayProp& prop, const CRect& ownerRect) {
   DboState state;
   const CPoint location = prop.GetLocation(state);
-  int32_t width = 0;
-  int32_t height = 0;
+  int64_t width = 0;
+  int64_t height = 0;
   ExtentOf(prop, state, width, height);
-  CPoint anchor;
-  if (!AnchorFor<int32_t>(prop.GetRotation(state), ownerRect.left, ownerRect.top, location.x,
-                          location.y, width, height, anchor.x, anchor.y)) {
+  int64_t x = 0;
+  int64_t y = 0;
+  if (!AnchorFor<int64_t>(prop.GetRotation(state), ownerRect.left, ownerRect.top, location.x,
+                          location.y, width, height, x, y)) {
     return CPoint{0, 0};
   }
-  return anchor;
+  return CPoint{Wrap32(x), Wrap32(y)};
 }
 
 CPoint ScaledDisplayPropAnchor(const DboDisplayProp& prop, int32_t x0, int32_t y0,
                                int32_t /*ignoredX*/, int32_t /*ignoredY*/, double scale) {
   DboState state;
   const CPoint location = prop.GetLocation(state);
-  int32_t width = 0;
-  int32_t height = 0;
+  int64_t width = 0;
+  int64_t height = 0;
   ExtentOf(prop, state, width, height);
   double x = 0.0;
   double y = 0.0;

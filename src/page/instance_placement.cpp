@@ -27,13 +27,10 @@ CRect PlaceInstanceBox(CRect box, RotationT rotation, CPoint location, int32_t p
   if (rotation == 1 || rotation == 3) {
     std::swap(box.right, box.bottom);
   }
-  box.left += location.x;
-  box.right += location.x;
-  box.top += location.y;
-  box.bottom += location.y;
-  box.top = pageHeight - box.top;
-  box.bottom = pageHeight - box.bottom;
-  return box;
+  const int64_t top = int64_t{box.top} + location.y;
+  const int64_t bottom = int64_t{box.bottom} + location.y;
+  return {Wrap32(int64_t{box.left} + location.x), Wrap32(pageHeight - top),
+          Wrap32(int64_t{box.right} + location.x), Wrap32(pageHeight - bottom)};
 }
 
 InstancePlacement PlaceGraphicInstance(const DboGraphicInstance& instance, int32_t pageHeight,

@@ -20,6 +20,12 @@ namespace kalmor {
 // Truncates toward zero into 32 bits; values beyond the range stick at its ends.
 int32_t TruncateToInt(double value);
 
+// Host coordinates are 32-bit: sums and differences formed wider wrap back into 32 bits as the
+// host's own arithmetic does, so that extreme coordinates give a defined result.
+inline int32_t Wrap32(int64_t value) {
+  return static_cast<int32_t>(value);
+}
+
 // The placed rectangle in flipped page units: for quarter turns 1 and 3 only right and bottom
 // are exchanged (left and top stay), then the box moves by the location, then top and bottom
 // become pageHeight - value. Its left and top are the reference corner of the instance's text.

@@ -17,9 +17,9 @@ struct PageContext {
   const DboInstOccurrence* occurrence;  // null when the page is exported on its own
 
   int32_t pinToPin = 0;
-  double s = 0.0;    // drawing units per page unit
-  int32_t H = 0;     // page height, truncated to pin-to-pin tenths
-  int32_t W = 0;     // page width, likewise
+  double s = 0.0;                    // drawing units per page unit
+  int32_t H = 0;                     // page height, truncated to pin-to-pin tenths
+  int32_t W = 0;                     // page width, likewise
   double pinToPinScaleFactor = 1.0;  // read after the frame
 
   // The page mapping: x to the right, y flipped upward.

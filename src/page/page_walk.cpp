@@ -18,9 +18,8 @@ PageContext OpenPageContext(ByteSink& out, DboState& state, const DboPage& page,
   return context;
 }
 
-DboState& PageTranslator(DboState& status, const DboPage& page,
-                         const DboInstOccurrence* occurrence, int frame, int titleBlocks,
-                         ByteSink& out, std::string /*unused*/) {
+DboState& PageTranslator(DboState& status, const DboPage& page, const DboInstOccurrence* occurrence,
+                         int frame, int titleBlocks, ByteSink& out, std::string /*unused*/) {
   DboState state;
   PageContext context = OpenPageContext(out, state, page, occurrence);
 

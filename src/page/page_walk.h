@@ -17,8 +17,7 @@ PageContext OpenPageContext(ByteSink& out, DboState& state, const DboPage& page,
 
 // Writes every entity of `page` to `out` (the entities section is already open). Returns
 // `status` set to OK, whatever happened on the way.
-DboState& PageTranslator(DboState& status, const DboPage& page,
-                         const DboInstOccurrence* occurrence, int frame, int titleBlocks,
-                         ByteSink& out, std::string unused);
+DboState& PageTranslator(DboState& status, const DboPage& page, const DboInstOccurrence* occurrence,
+                         int frame, int titleBlocks, ByteSink& out, std::string unused);
 
 }  // namespace kalmor

@@ -185,8 +185,8 @@ struct SymbolPin {
 // Horizontal pins take their y from the start point, vertical ones from the end point. A
 // zero-length pin is drawn as one entering from the left.
 SymbolPin OrientPin(CPoint start, CPoint end, int32_t pageHeight) {
-  const PagePoint s{static_cast<double>(start.x), static_cast<double>(pageHeight - start.y)};
-  const double endY = pageHeight - end.y;
+  const PagePoint s{static_cast<double>(start.x), static_cast<double>(pageHeight) - start.y};
+  const double endY = static_cast<double>(pageHeight) - end.y;
   if (start.x > end.x) {
     return {Edge::kRight, s, {static_cast<double>(end.x), s.y}};
   }
@@ -249,7 +249,7 @@ void DrawBlockPins(const PageContext& page, const DboPartInst& inst, const CRect
     if (marker.empty()) {
       return;
     }
-    const PagePoint at{static_cast<double>(start.x), static_cast<double>(page.H - start.y)};
+    const PagePoint at{static_cast<double>(start.x), static_cast<double>(page.H) - start.y};
     // Each edge is tested on its own, so a pin on a corner gets a marker for both edges. Each
     // edge's name follows its marker; the no-connect mark comes last.
     const bool onEdge[] = {at.x <= rect.left, at.x >= rect.right, at.y >= rect.top,

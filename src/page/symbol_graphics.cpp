@@ -18,6 +18,11 @@ namespace {
 constexpr double kHalfTurn = 3.141592;
 constexpr double kFullTurn = 6.283184;
 
+// From `low` halfway to `high`, the half truncated toward zero.
+int32_t Midpoint(int32_t low, int32_t high) {
+  return Wrap32(low + (int64_t{high} - low) / 2);
+}
+
 // Halved with truncation toward zero, then doubled.
 int64_t EvenPart(int64_t value) {
   return value / 2 * 2;
@@ -86,7 +91,7 @@ void DrawArc(const Placer& at, const DboBaseObject* object) {
   const int32_t t = DboArc::sGetBoundingBoxTop(object, st);
   const int32_t r = DboArc::sGetBoundingBoxRight(object, st);
   const int32_t b = DboArc::sGetBoundingBoxBottom(object, st);
-  const CPoint centre = at.Scaled(CPoint{l + (r - l) / 2, t + (b - t) / 2});
+  const CPoint centre = at.Scaled(CPoint{Midpoint(l, r), Midpoint(t, b)});
   CPoint start = at.Scaled(CPoint{DboArc::sGetStartX(object, st), DboArc::sGetStartY(object, st)});
   CPoint end = at.Scaled(CPoint{DboArc::sGetEndX(object, st), DboArc::sGetEndY(object, st)});
   // Only the unturned and half-turned mirrors reverse the arc; the quarter turns keep it.
@@ -118,9 +123,9 @@ void DrawEllipse(const Placer& at, const DboBaseObject* object) {
   const int32_t t = at.Scaled(DboEllipse::sGetBoundingBoxTop(object, st));
   const int32_t r = at.Scaled(DboEllipse::sGetBoundingBoxRight(object, st));
   const int32_t b = at.Scaled(DboEllipse::sGetBoundingBoxBottom(object, st));
-  const CPoint centre{l + (r - l) / 2, t + (b - t) / 2};
-  double rx = std::abs((r - l) / 2) * at.pageScale;
-  double ry = std::abs((b - t) / 2) * at.pageScale;
+  const CPoint centre{Midpoint(l, r), Midpoint(t, b)};
+  double rx = static_cast<double>(std::abs((int64_t{r} - l) / 2)) * at.pageScale;
+  double ry = static_cast<double>(std::abs((int64_t{b} - t) / 2)) * at.pageScale;
   if (at.rotation == 1 || at.rotation == 3) {
     std::swap(rx, ry);
   }
@@ -141,7 +146,7 @@ void DrawPoints(const Placer& at, const DboPolygon& shape, bool closed, LineWidt
     CPoint p;
     while (points->Next(p).OK()) {
       const CPoint scaled = at.Scaled(p);
-      at.Vertex({scaled.x + offset.x, scaled.y + offset.y});
+      at.Vertex({Wrap32(int64_t{scaled.x} + offset.x), Wrap32(int64_t{scaled.y} + offset.y)});
     }
   }
   DxfSeqEnd(at.out, at.layer);
@@ -164,9 +169,8 @@ void DrawCommentText(const Placer& at, const DboBaseObject* object) {
                                          DboCommentText::sGetBoundingBoxTop(object, st)});
   std::string text = DboCommentText::sGetText(object, st);
   const CRect extent = MeasureTextExtent(text, font);
-  // The measured size of a text of very many lines can be as large as 32 bits hold.
-  const CPoint far{TruncateToInt(static_cast<double>(corner.x) + extent.right - extent.left),
-                   TruncateToInt(static_cast<double>(corner.y) + extent.bottom - extent.top)};
+  const CPoint far{Wrap32(int64_t{corner.x} + extent.right - extent.left),
+                   Wrap32(int64_t{corner.y} + extent.bottom - extent.top)};
   DxfTextBox(at.out, layer::kPartText, std::move(text), font, at.rotation, at.pageScale,
              TruncateToInt(at.PlacedX(corner)), TruncateToInt(at.PlacedX(far)),
              TruncateToInt(at.PlacedY(corner)), TruncateToInt(at.PlacedY(far)));

@@ -5,6 +5,7 @@
 #include "dxf/layers.h"
 #include "dxf/polyline_records.h"
 #include "dxf/text_records.h"
+#include "page/display_props.h"
 #include "page/page_polylines.h"
 #include "page/translators.h"
 
@@ -19,19 +20,6 @@ void WriteWireLine(PageContext& page, const DboWire& wire) {
   detail::WriteSegment(page, layer::kWire, width, start, end);
 }
 
-// The raw value, as seen through the page's occurrence when the walk has one.
-std::string WirePropValue(const PageContext& page, const DboDisplayProp& prop) {
-  std::string value;
-  if (page.occurrence != nullptr) {
-    DboInstOccurrencePtrProxy proxy;
-    proxy.SetPtr(page.occurrence);
-    prop.GetValueStringForOccurrence(proxy.GetDWORDDesignOccurrenceId(), value, page.state);
-  } else {
-    prop.GetValueString(value, nullptr, page.state);
-  }
-  return value;
-}
-
 // Every display property of a wire is written, whatever its display type; its location is a
 // page point.
 void WriteWireProps(PageContext& page, const DboWire& wire) {
@@ -41,7 +29,7 @@ void WriteWireProps(PageContext& page, const DboWire& wire) {
   }
   while (const DboDisplayProp* prop = props->NextProp(page.state)) {
     const CPoint at = prop->GetLocation(page.state);
-    std::string value = WirePropValue(page, *prop);
+    std::string value = ReadDisplayPropValue(*prop, page.occurrence, page.state);
     LogFont font;
     prop->GetFont(0, font, page.state);
     const RotationT rotation = prop->GetRotation(page.state);

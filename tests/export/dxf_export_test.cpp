@@ -5,21 +5,19 @@
 
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "dxf/output_file.h"
-#include "export/fake_design.h"
+#include "model/design.h"
+#include "model/design_reader.h"
 #include "support/paths.h"
 
 namespace kalmor {
 namespace {
 
-using ::kalmor::testing::FakeDesign;
-using ::kalmor::testing::FakeSchematic;
+namespace fs = std::filesystem;
 using ::kalmor::testing::ReadFileBytes;
-using ::kalmor::testing::TempDir;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -29,14 +27,39 @@ constexpr char kEmptyPageFile[] =
     " 0\r\nSECTION\r\n 2\r\nENTITIES\r\n"
     " 0\r\nENDSEC\r\n 0\r\nEOF\r\n";
 
+// ROOT places a part and SUB twice; OTHER is reached by no one; Sub differs from SUB in case.
+constexpr char kHierarchy[] = R"({ "kalmor_design": 1, "name": "BOARD", "root": "ROOT",
+  "symbols": { "BOX": { "bbox": [0, 0, 10, 10] } },
+  "schematics": [
+    { "name": "OTHER", "pages": [ { "name": "O1" } ] },
+    { "name": "ROOT", "pages": [ { "name": "P1", "parts": [
+      { "id": "U1", "symbol": "BOX" },
+      { "id": "BLK1", "kind": "block", "schematic": "SUB", "symbol": "BOX" },
+      { "id": "BLK2", "kind": "block", "schematic": "SUB", "symbol": "BOX" } ] } ] },
+    { "name": "SUB", "pages": [ { "name": "S1" }, { "name": "S2" } ] },
+    { "name": "Sub", "pages": [ { "name": "S1" } ] } ] })";
+
+// One schematic S whose pages, named as given, hold nothing and hide their border.
+std::unique_ptr<model::Design> EmptyPages(const std::vector<std::string>& names) {
+  std::string pages;
+  for (const std::string& name : names) {
+    pages += (pages.empty() ? "" : ",") + std::string(R"({ "name": ")") + name +
+             R"(", "border": { "visible": false } })";
+  }
+  return model::ReadDesignDocument(
+      R"({ "kalmor_design": 1, "name": "BOARD", "schematics": [ { "name": "S", "pages": [)" +
+          pages + "] } ] }",
+      "empty.json");
+}
+
 class RecordingUserInterface final : public UserInterface {
  public:
   struct Message {
     std::string caption;
     std::string text;
     unsigned style;
-    std::string watchedBytes;  // the watched file as it stood while the message was up
-    bool watchedHeld;          // whether another writer was refused the watched file then
+    std::string watchedBytes;  // the watched file while the message was up
+    bool watchedHeld;          // whether a second writer was refused it then
   };
 
   void MessageBox(std::string_view caption, std::string_view text, unsigned style) override {
@@ -56,14 +79,13 @@ class RecordingUserInterface final : public UserInterface {
     return answer;
   }
   bool AppendToSessionLog(std::string_view) override { return false; }
-  bool WantsExportProgress() const override { return wantProgress; }
+  bool WantsExportProgress() const override { return true; }
   void ShowExportProgress(const ExportProgress& shown) override { progress.push_back(shown); }
 
   std::vector<Message> messages;
   std::vector<SaveFileDialogSettings> dialogs;
   std::optional<std::string> answer;
-  std::filesystem::path watched;
-  bool wantProgress = false;
+  fs::path watched;
   std::vector<ExportProgress> progress;
 };
 
@@ -71,228 +93,150 @@ class DxfExportTest : public ::testing::Test {
  protected:
   void TearDown() override { g_inDesignExport = 0; }
 
-  std::vector<std::string> FilesInTemp() const {
+  std::vector<std::string> Files() const {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(temp.path())) {
+    for (const auto& entry : fs::directory_iterator(temp.path())) {
       names.push_back(entry.path().filename().string());
     }
     std::sort(names.begin(), names.end());
     return names;
   }
+  std::string In(const std::string& name) const { return (temp / name).string(); }
 
-  TempDir temp;
+  testing::TempDir temp;
   RecordingUserInterface ui;
   ScopedUserInterface scoped{ui};
 };
 
-// One visit of the design walk, as "schematic/page@occurrence id" (0: no occurrence).
-std::vector<std::string> Walk(const DboDesign& design) {
+TEST(DesignWalkTest, HierarchyFirstThenTheOtherViewsEachNameOnce) {
+  const auto design = model::ReadDesignDocument(kHierarchy, "hierarchy.json");
   std::vector<std::string> visits;
   DboState state;
   VisitDesignPages(
-      design, state,
+      *design, state,
       [&](const DboPage& page, const DboInstOccurrence* occurrence, const std::string& schematic) {
         std::string name;
-        DboState pageState;
-        page.GetName(name, pageState);
+        page.GetName(name, state);
         const auto id = occurrence ? occurrence->GetDesignOccurrenceId() : 0;
         visits.push_back(schematic + "/" + name + "@" + std::to_string(id));
       });
-  return visits;
+  // U1 is occurrence 1 (a leaf), BLK1 2 and BLK2 3.
+  EXPECT_THAT(visits, ElementsAre("SUB/S1@2", "SUB/S2@2", "OTHER/O1@0", "ROOT/P1@0", "Sub/S1@0"));
 }
 
-TEST(DesignWalkTest, HierarchyFirstThenRemainingViewsEachSchematicOnce) {
-  FakeDesign design("BOARD");
-  FakeSchematic& root = design.AddSchematic("ROOT");
-  root.AddPage("P1");
-  FakeSchematic& sub = design.AddSchematic("SUB");
-  sub.AddPage("S1");
-  sub.AddPage("S2");
-  FakeSchematic& other = design.AddSchematic("OTHER");
-  other.AddPage("O1");
-  design.AddOccurrence(&other, /*primitive=*/true);  // 1: a leaf, skipped whatever it shows
-  design.AddOccurrence(nullptr);                     // 2: hierarchical, contents missing
-  design.AddOccurrence(&sub);                        // 3: first to reach SUB
-  design.AddOccurrence(&sub);                        // 4: SUB again
-
-  EXPECT_THAT(Walk(design), ElementsAre("SUB/S1@3", "SUB/S2@3", "ROOT/P1@0", "OTHER/O1@0"));
+// A host that answers with no iterators at all: nothing to visit, and no crash.
+TEST(DesignWalkTest, MissingIteratorsAreEmpty) {
+  struct NoIterators final : DboDesign {
+    int32_t GetObjectType(DboState&) const override { return 0; }
+    void GetName(std::string& name, DboState&) const override { name = "BARE"; }
+    std::unique_ptr<DboLibViewsIter> NewViewsIter(int32_t, DboState&) const override {
+      return nullptr;
+    }
+    std::unique_ptr<DboDesignOccurrencesIter> NewOccurrencesIter(DboState&) const override {
+      return nullptr;
+    }
+  } design;
+  int visits = 0;
+  DboState state;
+  VisitDesignPages(design, state, [&](auto&&...) { ++visits; });
+  EXPECT_EQ(visits, 0);
 }
 
-TEST(DesignWalkTest, SchematicNamesCompareExactly) {
-  FakeDesign design("BOARD");
-  design.AddSchematic("Main").AddPage("P");
-  design.AddSchematic("MAIN").AddPage("P");
-  design.AddSchematic("Main").AddPage("Q");  // the same name again: skipped
-
-  EXPECT_THAT(Walk(design), ElementsAre("Main/P@0", "MAIN/P@0"));
-}
-
-TEST(DesignWalkTest, MissingIteratorsSkipWhatTheyWouldHaveListed) {
-  {
-    FakeDesign design("BOARD");
-    design.FailOccurrencesIter();
-    design.AddSchematic("ROOT").AddPage("P1");
-    EXPECT_THAT(Walk(design), ElementsAre("ROOT/P1@0"));
-  }
-  {
-    // A schematic whose pages cannot be listed when the hierarchy reaches it still counts as
-    // met, so the views walk does not try it again.
-    FakeDesign design("BOARD");
-    FakeSchematic& sub = design.AddSchematic("SUB");
-    sub.AddPage("S1");
-    sub.FailPagesIter();
-    design.AddOccurrence(&sub);
-    design.AddSchematic("ROOT").AddPage("P1");
-    EXPECT_THAT(Walk(design), ElementsAre("ROOT/P1@0"));
-  }
-  {
-    FakeDesign design("BOARD");
-    FakeSchematic& sub = design.AddSchematic("SUB");
-    sub.AddPage("S1");
-    design.AddOccurrence(&sub);
-    design.FailViewsIter();
-    EXPECT_THAT(Walk(design), ElementsAre("SUB/S1@1"));
-  }
-}
-
-TEST_F(DxfExportTest, NullDesignDoesNothing) {
-  DesignToDXF(nullptr, (temp / "board.dxf").string(), 0, 1, 1);
+TEST_F(DxfExportTest, NullDesignDoesNothingAndNoSchematicsStillReports) {
+  DesignToDXF(nullptr, In("board.dxf"), 0, 1, 1);
   EXPECT_THAT(ui.messages, IsEmpty());
-  EXPECT_EQ(g_inDesignExport, 0);
-  EXPECT_THAT(FilesInTemp(), IsEmpty());
-}
 
-TEST_F(DxfExportTest, DesignWithoutSchematicsStillReports) {
-  FakeDesign design("BOARD");
-  DesignToDXF(&design, (temp / "board.DXF").string(), 0, 1, 1);
-
+  const auto none =
+      model::ReadDesignDocument(R"({"kalmor_design":1,"name":"B","schematics":[]})", "none.json");
+  DesignToDXF(none.get(), In("b.txt"), 0, 1, 1);
   ASSERT_EQ(ui.messages.size(), 1u);
   EXPECT_EQ(ui.messages[0].caption, "KALMOR V1.15 COMPLETE");
   EXPECT_EQ(ui.messages[0].style, 0u);
-  EXPECT_EQ(ui.messages[0].text, "BOARD has been output to " + (temp / "board").string() +
-                                     "_<SchematicName>_<PageName>.dxf");
+  EXPECT_EQ(ui.messages[0].text,
+            "B has been output to " + In("b.txt") + "_<SchematicName>_<PageName>.dxf");
   EXPECT_EQ(g_inDesignExport, 0);
-  EXPECT_THAT(FilesInTemp(), IsEmpty());
+  EXPECT_THAT(Files(), IsEmpty());
 }
 
-TEST_F(DxfExportTest, DesignWritesEveryPageAndOneMessage) {
-  FakeDesign design("BOARD");
-  FakeSchematic& sub = design.AddSchematic("SUB");
-  sub.AddPage("PAGE1");
-  design.AddOccurrence(&sub);
-  FakeSchematic& root = design.AddSchematic("SCHEMATIC1");
-  root.AddPage("PAGE1");
-  root.AddPage("PAGE2");
-  ui.wantProgress = true;
+TEST_F(DxfExportTest, DesignWritesEveryPageAnnouncedAndReportsOnce) {
+  const auto design = EmptyPages({"PAGE1", "PAGE2"});
+  DesignToDXF(design.get(), In("board.dxf"), 0, 1, 1);
+  // The unused argument changes nothing.
+  DesignToDXF(design.get(), In("other.dxf"), -99, 1, 1);
 
-  DesignToDXF(&design, (temp / "board.dxf").string(), 0, 1, 1);
-
-  EXPECT_THAT(FilesInTemp(), ElementsAre("board_SCHEMATIC1_PAGE1.dxf", "board_SCHEMATIC1_PAGE2.dxf",
-                                         "board_SUB_PAGE1.dxf"));
-  for (const std::string& name : FilesInTemp()) {
+  EXPECT_THAT(Files(), ElementsAre("board_S_PAGE1.dxf", "board_S_PAGE2.dxf", "other_S_PAGE1.dxf",
+                                   "other_S_PAGE2.dxf"));
+  for (const std::string& name : Files()) {
     EXPECT_EQ(ReadFileBytes(temp / name), kEmptyPageFile) << name;
   }
-  ASSERT_EQ(ui.messages.size(), 1u);
-  EXPECT_THAT(ui.messages[0].text, ::testing::StartsWith("BOARD has been output to "));
-
-  // Every page is announced before it is written, with the count known from the start.
-  ASSERT_EQ(ui.progress.size(), 3u);
+  ASSERT_EQ(ui.messages.size(), 2u);
+  EXPECT_EQ(ui.messages[0].text,
+            "BOARD has been output to " + In("board") + "_<SchematicName>_<PageName>.dxf");
+  ASSERT_EQ(ui.progress.size(), 4u);
   const ExportProgress& second = ui.progress[1];
-  EXPECT_EQ(second.index, 2);
-  EXPECT_EQ(second.count, 3);
-  EXPECT_EQ(second.schematicName, "SCHEMATIC1");
-  EXPECT_EQ(second.pageName, "PAGE1");
-  EXPECT_EQ(second.fileName, (temp / "board_SCHEMATIC1_PAGE1.dxf").string());
-}
-
-TEST_F(DxfExportTest, UnusedArgumentChangesNothing) {
-  FakeDesign design("BOARD");
-  design.AddSchematic("S").AddPage("P");
-  DesignToDXF(&design, (temp / "a.dxf").string(), 0, 1, 1);
-  DesignToDXF(&design, (temp / "b.dxf").string(), -123456, 1, 1);
-  EXPECT_EQ(ReadFileBytes(temp / "a_S_P.dxf"), ReadFileBytes(temp / "b_S_P.dxf"));
-
-  FakeSchematic schematic("X");
-  const DboPage& page = schematic.AddPage("P");
-  PageToDXF(&page, nullptr, (temp / "c.dxf").string(), 0, 1, 1);
-  PageToDXF(&page, nullptr, (temp / "d.dxf").string(), 99, 1, 1);
-  EXPECT_EQ(ReadFileBytes(temp / "c.dxf"), ReadFileBytes(temp / "d.dxf"));
+  EXPECT_EQ(std::tie(second.index, second.count, second.schematicName, second.pageName),
+            std::make_tuple(2, 2, std::string("S"), std::string("PAGE2")));
+  EXPECT_EQ(second.fileName, In("board_S_PAGE2.dxf"));
 }
 
 TEST_F(DxfExportTest, MissingDirectoryEndsTheExportAndLeavesTheFlagSet) {
-  FakeDesign design("BOARD");
-  FakeSchematic& schematic = design.AddSchematic("S");
-  schematic.AddPage("P1");
-  schematic.AddPage("P2");
-  const std::string path = (temp / "missing" / "board.dxf").string();
-
+  const auto design = EmptyPages({"P1", "P2"});
   try {
-    DesignToDXF(&design, path, 0, 1, 1);
+    DesignToDXF(design.get(), In("missing/board.dxf"), 0, 1, 1);
     FAIL() << "expected a FileError";
   } catch (const FileError& error) {
-    EXPECT_EQ(error.path(), (temp / "missing" / "board_S_P1.dxf").string());
+    EXPECT_EQ(error.path(), In("missing/board_S_P1.dxf"));
   }
   EXPECT_THAT(ui.messages, IsEmpty());
   EXPECT_EQ(g_inDesignExport, 1);
 
   // Until a design export completes, a page written by name reports nothing.
-  PageToDXF(&schematic.AddPage("P3"), nullptr, (temp / "p3.dxf").string(), 0, 1, 1);
+  PageToDXF(design->FindPage("S", "P2"), nullptr, In("p2.dxf"), 0, 1, 1);
   EXPECT_THAT(ui.messages, IsEmpty());
-  EXPECT_EQ(ReadFileBytes(temp / "p3.dxf"), kEmptyPageFile);
+  EXPECT_EQ(ReadFileBytes(In("p2.dxf")), kEmptyPageFile);
 }
 
-TEST_F(DxfExportTest, EmptyNameAsksAndCancelWritesNothing) {
-  FakeSchematic schematic("S");
-  const DboPage& page = schematic.AddPage("PAGE1");
+TEST_F(DxfExportTest, EmptyNameAsksTheUser) {
+  const auto design = EmptyPages({"PAGE1"});
+  const DboPage* page = design->FindPage("S", "PAGE1");
 
-  PageToDXF(&page, nullptr, "", 0, 1, 1);
-
+  PageToDXF(page, nullptr, "", 0, 1, 1);  // cancelled
   ASSERT_EQ(ui.dialogs.size(), 1u);
   EXPECT_EQ(ui.dialogs[0].defaultExtension, "dxf");
   EXPECT_EQ(ui.dialogs[0].initialFileName, "*.dxf");
   EXPECT_EQ(ui.dialogs[0].flags, 0u);
   EXPECT_EQ(ui.dialogs[0].filter, "DXF Files (*.dxf)||");
-  EXPECT_THAT(ui.messages, IsEmpty());
-  EXPECT_THAT(FilesInTemp(), IsEmpty());
-}
+  EXPECT_THAT(Files(), IsEmpty());
 
-TEST_F(DxfExportTest, ChosenFileIsWrittenWithoutMessage) {
-  FakeSchematic schematic("S");
-  const DboPage& page = schematic.AddPage("PAGE1");
-  ui.answer = (temp / "chosen.dxf").string();
-
-  PageToDXF(&page, nullptr, "", 0, 1, 1);
-
-  EXPECT_EQ(ReadFileBytes(temp / "chosen.dxf"), kEmptyPageFile);
+  ui.answer = In("chosen.dxf");
+  PageToDXF(page, nullptr, "", 0, 1, 1);
+  EXPECT_EQ(ReadFileBytes(In("chosen.dxf")), kEmptyPageFile);
   EXPECT_THAT(ui.messages, IsEmpty());
 }
 
-TEST_F(DxfExportTest, NamedFileIsReplacedAndReportedWhileComplete) {
-  FakeSchematic schematic("S");
-  const DboPage& page = schematic.AddPage("PAGE1");
-  const std::filesystem::path target = temp / "board.dxf";
-  std::ofstream(target) << std::string(4096, 'x');
-  ui.watched = target;
+TEST_F(DxfExportTest, NamedFileIsReplacedAndReportedWhileHeldComplete) {
+  const auto design = EmptyPages({"PAGE1"});
+  std::ofstream(temp / "board.dxf") << std::string(4096, 'x');
+  ui.watched = temp / "board.dxf";
 
-  PageToDXF(&page, nullptr, target.string(), 0, 1, 1);
+  PageToDXF(design->FindPage("S", "PAGE1"), nullptr, In("board.dxf"), 0, 1, 1);
 
   EXPECT_THAT(ui.dialogs, IsEmpty());
   ASSERT_EQ(ui.messages.size(), 1u);
   EXPECT_EQ(ui.messages[0].caption, "KALMOR V1.15 COMPLETE");
-  EXPECT_EQ(ui.messages[0].text, "PAGE1  output to  " + target.string());
+  EXPECT_EQ(ui.messages[0].text, "PAGE1  output to  " + In("board.dxf"));
   EXPECT_EQ(ui.messages[0].watchedBytes, kEmptyPageFile);
   EXPECT_TRUE(ui.messages[0].watchedHeld);
-  EXPECT_EQ(ReadFileBytes(target), kEmptyPageFile);
+  EXPECT_EQ(ReadFileBytes(In("board.dxf")), kEmptyPageFile);
 }
 
 TEST_F(DxfExportTest, NullPageAndNulInTheNameAreRefused) {
-  EXPECT_THROW(PageToDXF(nullptr, nullptr, (temp / "x.dxf").string(), 0, 1, 1),
-               std::invalid_argument);
-  FakeSchematic schematic("S");
-  const DboPage& page = schematic.AddPage("P");
-  EXPECT_THROW(PageToDXF(&page, nullptr, (temp / "x").string() + std::string("\0.dxf", 5), 0, 1, 1),
-               FileError);
-  EXPECT_THAT(FilesInTemp(), IsEmpty());
+  const auto design = EmptyPages({"P"});
+  EXPECT_THROW(PageToDXF(nullptr, nullptr, In("x.dxf"), 0, 1, 1), std::invalid_argument);
+  EXPECT_THROW(
+      PageToDXF(design->FindPage("S", "P"), nullptr, In("x") + std::string("\0.dxf", 5), 0, 1, 1),
+      FileError);
+  EXPECT_THAT(Files(), IsEmpty());
 }
 
 }  // namespace

@@ -4,17 +4,16 @@
 
 #include <string>
 
-#include "export/fake_design.h"
+#include "model/design.h"
+#include "model/design_reader.h"
 
 namespace kalmor {
 namespace {
 
+using namespace std::string_literals;
+
 TEST(OutputNamesTest, StemDropsOnlyAFinalDxfExtension) {
-  struct Case {
-    const char* path;
-    const char* stem;
-  };
-  const Case cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"C:\\work\\board.dxf", "C:\\work\\board"},
       {"C:\\work\\board.DXF", "C:\\work\\board"},
       {"C:\\work\\board.Dxf", "C:\\work\\board"},
@@ -23,51 +22,40 @@ TEST(OutputNamesTest, StemDropsOnlyAFinalDxfExtension) {
       {"C:\\work.dxf\\board", "C:\\work.dxf\\board"},
       {"board.dxf.bak", "board.dxf.bak"},
       {"out/board.dxf", "out/board"},
-      {".dxf", ""},
       {"", ""},
   };
-  for (const Case& c : cases) {
-    EXPECT_EQ(MakeOutputStem(c.path), c.stem) << c.path;
+  for (const auto& [path, stem] : cases) {
+    EXPECT_EQ(MakeOutputStem(path), stem) << path;
   }
 }
 
-TEST(OutputNamesTest, PageFileNameJoinsNamesAsGiven) {
-  const testing::FakePage page("Page 1.a");
-  EXPECT_EQ(MakePageFileName("C:\\work\\board", "SCHEMATIC1", page),
-            "C:\\work\\board_SCHEMATIC1_Page 1.a.dxf");
-  EXPECT_EQ(MakePageFileName("", "S", page), "_S_Page 1.a.dxf");
+constexpr char kNames[] = R"({ "kalmor_design": 1, "name": "B", "schematics": [
+  { "name": "A/B", "pages": [ { "name": "" } ] },
+  { "name": "FINE", "pages": [ { "name": "Page 1.a" }, { "name": "../up" } ] } ] })";
+
+TEST(OutputNamesTest, PageFileNamesAndTheNamesThatCannotBeUsed) {
+  const auto design = model::ReadDesignDocument(kNames, "names.json");
+  EXPECT_EQ(MakePageFileName("C:\\work\\board", "FINE", *design->FindPage("FINE", "Page 1.a")),
+            "C:\\work\\board_FINE_Page 1.a.dxf");
+  EXPECT_EQ(MakePageFileName("", "S", *design->FindPage("FINE", "Page 1.a")), "_S_Page 1.a.dxf");
+
+  const std::vector<UnusableName> found = FindUnusableNames(*design);
+  ASSERT_EQ(found.size(), 3u);
+  EXPECT_EQ(found[0].schematicName, "A/B");
+  EXPECT_EQ(found[0].reason, "the schematic name holds a '/'");
+  EXPECT_EQ(found[1].reason, "the page name is empty");
+  EXPECT_EQ(found[2].pageName, "../up");
+  EXPECT_EQ(found[2].reason, "the page name holds a '/'");
 }
 
 TEST(OutputNamesTest, UnusableNames) {
   for (const char* usable : {"PAGE1", "Page 1", "a.b", "...", "Ω-sheet", "x:y"}) {
     EXPECT_FALSE(UnusableNameReason(usable).has_value()) << usable;
   }
-  const std::string withNul("a\0b", 3);
   for (const std::string& unusable :
-       {std::string(""), std::string("."), std::string(".."), std::string("a/b"),
-        std::string("a\\b"), std::string("tab\there"), std::string("line\n"),
-        std::string("del\x7f"), withNul}) {
+       {""s, "."s, ".."s, "a/b"s, "a\\b"s, "tab\there"s, "del\x7f"s, "nul\0"s, "\x1b[2J"s}) {
     EXPECT_TRUE(UnusableNameReason(unusable).has_value()) << unusable;
   }
-}
-
-TEST(OutputNamesTest, FindsUnusableNamesOfExportedPagesOnly) {
-  testing::FakeDesign design("BOARD");
-  testing::FakeSchematic& fine = design.AddSchematic("FINE");
-  fine.AddPage("PAGE1");
-  fine.AddPage("../up");
-  testing::FakeSchematic& slashed = design.AddSchematic("A/B");
-  slashed.AddPage("");
-  // Met twice by name: its pages are not exported, so not checked either.
-  design.AddSchematic("FINE").AddPage("..");
-
-  const std::vector<UnusableName> found = FindUnusableNames(design);
-  ASSERT_EQ(found.size(), 3u);
-  EXPECT_EQ(found[0].schematicName, "FINE");
-  EXPECT_EQ(found[0].pageName, "../up");
-  EXPECT_EQ(found[0].reason, "the page name holds a '/'");
-  EXPECT_EQ(found[1].reason, "the schematic name holds a '/'");
-  EXPECT_EQ(found[2].reason, "the page name is empty");
 }
 
 }  // namespace

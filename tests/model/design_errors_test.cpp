@@ -41,6 +41,8 @@ TEST(DesignErrors, ExactMessagesNameDocumentLineColumnAndPath) {
   EXPECT_EQ(ErrorOf(R"({"kalmor_design": 2, "name": "D", "schematics": []})"),
             "board.json:1:19: /kalmor_design: unsupported format version 2 (this reader reads "
             "version 1)");
+  EXPECT_EQ(ErrorOf("{\"kalmor_design\": 1,\n \"schematics\": [],\n\n   \"name\": 5}"),
+            "board.json:4:12: /name: expected a string, got 5");
   EXPECT_EQ(ErrorOf("[]"),
             "board.json:1:1: expected an object (a design document), got an empty array");
 }
@@ -114,6 +116,18 @@ TEST(DesignErrors, EveryClassOfBadInputNamesItsPath) {
       {"vector on a page",
        OnePageDesign(R"("graphics": [{"type": "vector", "location": [0, 0], "members": []}])"),
        "/schematics/0/pages/0/graphics/0/type", "only among a symbol's vectors"},
+      {"occurrence path twice", Schematics(R"({"name": "TOP", "pages": [{"name": "1", "parts": [
+           {"id": "B", "kind": "block", "schematic": "SUB", "symbol": {}}]}]},
+         {"name": "SUB", "pages": [{"name": "1", "wires": [{"start": [0, 0], "end": [1, 1],
+           "properties": [{"name": "N", "values": {"/B": "1", "/B": "2"}}]}]}]})"),
+       "/schematics/1/pages/0/wires/0/properties/0/values/~1B", "occurrence path given twice"},
+      {"pin text for another part's occurrence",
+       Schematics(R"({"name": "TOP", "pages": [{"name": "1", "parts": [
+           {"id": "U1", "symbol": {}},
+           {"id": "U2", "symbol": {}, "pins": [{"start": [0, 0], "end": [1, 1],
+            "occurrences": {"/U1": {"name": "X"}}}]}]}]})"),
+       "/schematics/0/pages/0/parts/1/pins/0/occurrences/~1U1",
+       "no occurrence of part \"U2\" has this path"},
       {"root missing", R"({"kalmor_design": 1, "name": "D", "root": "R", "schematics": []})",
        "/root", "no schematic named \"R\""},
   };
@@ -126,19 +140,50 @@ TEST(DesignErrors, EveryClassOfBadInputNamesItsPath) {
   }
 }
 
-TEST(DesignErrors, MissingFileIsNamed) {
+TEST(DesignErrors, HierarchyThatMultipliesBeyondTheLimitIsRefused) {
+  // Every level places the next twice: 2^23 leaves below the root.
+  std::string schematics;
+  for (int level = 0; level < 23; ++level) {
+    const std::string next = "L" + std::to_string(level + 1);
+    schematics += R"({"name": "L)" + std::to_string(level) +
+                  R"(", "pages": [{"name": "1", "parts": [
+        {"id": "A", "kind": "block", "schematic": ")" +
+                  next + R"(", "symbol": {}},
+        {"id": "B", "kind": "block", "schematic": ")" +
+                  next + R"(", "symbol": {}}]}]},)";
+  }
+  schematics +=
+      R"({"name": "L23", "pages": [{"name": "1", "parts": [{"id": "R", "symbol": {}}]}]})";
+  EXPECT_THAT(ErrorOf(Schematics(schematics)),
+              HasSubstr(": /root: the hierarchy below schematic \"L0\" has more than 4194304 "
+                        "occurrences"));
+}
+
+TEST(DesignErrors, EveryTruncationIsRefusedAtItsEnd) {
+  const std::string tiny = testing::ReadFileBytes(testing::SourceDir() / "examples" / "tiny.json");
+  const std::size_t closing = tiny.rfind('}');
+  for (std::size_t length = 0; length <= closing; ++length) {
+    const std::string error = ErrorOf(tiny.substr(0, length));
+    ASSERT_THAT(error, StartsWith("board.json:")) << length;
+    ASSERT_THAT(error, HasSubstr("not valid JSON")) << length;
+  }
+}
+
+TEST(DesignErrors, UnreadableFilesAreNamed) {
   testing::TempDir dir;
-  const std::string path = (dir / "none.json").string();
-  EXPECT_THROW(
-      {
-        try {
-          model::LoadDesignDocument(path);
-        } catch (const model::DesignDocumentError& error) {
-          EXPECT_THAT(error.what(), StartsWith(path + ": cannot open"));
-          throw;
-        }
-      },
-      model::DesignDocumentError);
+  struct Case {
+    std::string path;
+    const char* message;
+  };
+  for (const Case& c : {Case{(dir / "none.json").string(), ": cannot open: "},
+                        Case{dir.path().string(), ": cannot read: "}}) {
+    try {
+      model::LoadDesignDocument(c.path);
+      ADD_FAILURE() << c.path << " was read";
+    } catch (const model::DesignDocumentError& error) {
+      EXPECT_THAT(error.what(), StartsWith(c.path + c.message));
+    }
+  }
 }
 
 }  // namespace

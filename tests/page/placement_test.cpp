@@ -55,12 +55,5 @@ TEST(PlaceInstanceBox, ExchangesRightAndBottomOnlyAtQuarterTurns) {
   }
 }
 
-TEST(TruncateToInt, TruncatesTowardZeroAndHoldsTheRange) {
-  EXPECT_EQ(TruncateToInt(-6.5), -6);
-  EXPECT_EQ(TruncateToInt(7.9), 7);
-  EXPECT_EQ(TruncateToInt(1e12), INT32_MAX);
-  EXPECT_EQ(TruncateToInt(-1e12), INT32_MIN);
-}
-
 }  // namespace
 }  // namespace kalmor

@@ -1,0 +1,254 @@
+#include "model/hierarchy_links.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "model/document_fault.h"
+#include "model/json_tape.h"
+
+namespace kalmor::model::detail {
+namespace {
+
+// Each occurrence costs a little memory and hierarchies multiply; a design this large is
+// refused rather than exhausting the machine.
+constexpr uint64_t kMaxOccurrences = uint64_t{1} << 22;
+
+class HierarchyLinker {
+ public:
+  HierarchyLinker(DesignData& data, const std::optional<std::string>& rootName,
+                  const std::vector<BlockRef>& blocks)
+      : data_(data), rootName_(rootName), blocks_(blocks) {}
+
+  void Link() {
+    if (rootName_) {
+      data_.root = FindSchematic(*rootName_);
+      if (data_.root == nullptr) {
+        throw DocumentFault{"/root", "no schematic named " + Quoted(*rootName_)};
+      }
+    } else if (!data_.schematics.empty()) {
+      data_.root = &data_.schematics.front();
+    }
+    SetOwners();
+    std::unordered_map<std::string_view, const Schematic*> byName;
+    for (const Schematic& schematic : data_.schematics) {
+      byName.emplace(schematic.name, &schematic);
+    }
+    for (const BlockRef& block : blocks_) {
+      PartInst& part = PartAt(block);
+      const auto found = byName.find(part.schematicName);
+      if (found == byName.end()) {
+        throw DocumentFault{block.Pointer(), "no schematic named " + Quoted(part.schematicName)};
+      }
+      part.contents = found->second;
+    }
+    CheckNoSchematicInstantiatesItself();
+    if (data_.root != nullptr && CountOccurrences(*data_.root, kMaxOccurrences) > kMaxOccurrences) {
+      throw DocumentFault{"/root", "the hierarchy below schematic " + Quoted(data_.root->name) +
+                                       " has more than " + std::to_string(kMaxOccurrences) +
+                                       " occurrences"};
+    }
+    BuildOccurrences(data_);
+    ResolveOccurrenceKeys();
+  }
+
+ private:
+  const Schematic* FindSchematic(std::string_view name) const {
+    for (const Schematic& schematic : data_.schematics) {
+      if (schematic.name == name) {
+        return &schematic;
+      }
+    }
+    return nullptr;
+  }
+
+  PartInst& PartAt(const BlockRef& block) {
+    return data_.schematics[block.schematic].pages[block.page].parts[block.part];
+  }
+
+  void SetOwners() {
+    const auto own = [](DisplayPropList& props, const DboBaseObject* owner) {
+      for (DisplayProp& prop : props) {
+        prop.owner = owner;
+      }
+    };
+    for (Schematic& schematic : data_.schematics) {
+      for (Page& page : schematic.pages) {
+        for (TitleBlock& block : page.titleBlocks) {
+          own(block.properties, &block);
+        }
+        for (PartInst& part : page.parts) {
+          own(part.properties, &part);
+          part.schematic = &schematic;
+          part.ordinal = static_cast<uint32_t>(schematic.parts.size());
+          schematic.parts.push_back(&part);
+          for (Pin& pin : part.pins) {
+            pin.owner = &part;
+            own(pin.properties, &pin);
+          }
+        }
+        for (Wire& wire : page.wires) {
+          own(wire.properties, &wire);
+        }
+        for (Global& global : page.globals) {
+          own(global.properties, &global);
+        }
+        for (Port& port : page.ports) {
+          own(port.properties, &port);
+        }
+        for (OffPageConnector& connector : page.offPageConnectors) {
+          own(connector.properties, &connector);
+        }
+      }
+    }
+  }
+
+  void CheckNoSchematicInstantiatesItself() {
+    std::unordered_map<const Schematic*, std::vector<const BlockRef*>> blocksIn;
+    for (const BlockRef& block : blocks_) {
+      blocksIn[&data_.schematics[block.schematic]].push_back(&block);
+    }
+    enum class Mark { kNew, kOpen, kDone };
+    std::unordered_map<const Schematic*, Mark> marks;
+    struct Visit {
+      const Schematic* schematic;
+      std::size_t next;
+    };
+    for (const Schematic& start : data_.schematics) {
+      if (marks[&start] != Mark::kNew) {
+        continue;
+      }
+      std::vector<Visit> path{{&start, 0}};
+      marks[&start] = Mark::kOpen;
+      while (!path.empty()) {
+        Visit& visit = path.back();
+        const std::vector<const BlockRef*>& blocks = blocksIn[visit.schematic];
+        if (visit.next == blocks.size()) {
+          marks[visit.schematic] = Mark::kDone;
+          path.pop_back();
+          continue;
+        }
+        const BlockRef& block = *blocks[visit.next++];
+        const Schematic* target = PartAt(block).contents;
+        if (marks[target] == Mark::kOpen) {
+          std::string chain;
+          bool inCycle = false;
+          for (const Visit& step : path) {
+            inCycle = inCycle || step.schematic == target;
+            if (inCycle) {
+              chain += Abbreviated(step.schematic->name) + " -> ";
+            }
+          }
+          throw DocumentFault{block.Pointer(), "schematic " + Quoted(target->name) +
+                                                   " instantiates itself (" + chain +
+                                                   Abbreviated(target->name) + ")"};
+        }
+        if (marks[target] == Mark::kNew) {
+          marks[target] = Mark::kOpen;
+          path.push_back({target, 0});
+        }
+      }
+    }
+  }
+
+  // Turns the occurrence paths that values and pin texts are keyed by into occurrence ids,
+  // refusing paths that name no occurrence of the object. Pointers for complaints are only
+  // spelled out when there is one.
+  void ResolveOccurrenceKeys() {
+    for (std::size_t s = 0; s < data_.schematics.size(); ++s) {
+      Schematic& schematic = data_.schematics[s];
+      for (std::size_t p = 0; p < schematic.pages.size(); ++p) {
+        Page& page = schematic.pages[p];
+        const auto at = [s, p](const char* collection) {
+          return "/schematics/" + std::to_string(s) + "/pages/" + std::to_string(p) + "/" +
+                 collection + "/";
+        };
+        ResolveCollection(page.titleBlocks, schematic, [&] { return at("title_blocks"); });
+        ResolveCollection(page.parts, schematic, [&] { return at("parts"); });
+        ResolveCollection(page.wires, schematic, [&] { return at("wires"); });
+        ResolveCollection(page.globals, schematic, [&] { return at("globals"); });
+        ResolveCollection(page.ports, schematic, [&] { return at("ports"); });
+        ResolveCollection(page.offPageConnectors, schematic,
+                          [&] { return at("off_page_connectors"); });
+        for (std::size_t k = 0; k < page.parts.size(); ++k) {
+          PartInst& part = page.parts[k];
+          for (std::size_t n = 0; n < part.pins.size(); ++n) {
+            Pin& pin = part.pins[n];
+            const auto pinAt = [&, k, n] {
+              return at("parts") + std::to_string(k) + "/pins/" + std::to_string(n);
+            };
+            ResolveProperties(pin.properties, schematic, [&] { return pinAt() + "/properties/"; });
+            ResolveKeys(
+                pin.occurrences, [&] { return pinAt() + "/occurrences"; },
+                [&](const Occurrence& o) { return o.part == &part; },
+                [&] { return "no occurrence of part " + Quoted(part.id) + " has this path"; });
+          }
+        }
+      }
+    }
+  }
+
+  template <typename Item, typename Where>
+  void ResolveCollection(std::vector<Item>& items, const Schematic& schematic, Where&& where) {
+    for (std::size_t i = 0; i < items.size(); ++i) {
+      ResolveProperties(items[i].properties, schematic,
+                        [&] { return where() + std::to_string(i) + "/properties/"; });
+    }
+  }
+
+  template <typename Where>
+  void ResolveProperties(DisplayPropList& props, const Schematic& schematic, Where&& where) {
+    for (std::size_t i = 0; i < props.size(); ++i) {
+      ResolveKeys(
+          props[i].values, [&] { return where() + std::to_string(i) + "/values"; },
+          [&](const Occurrence& o) { return o.contents == &schematic; },
+          [&] {
+            return "no occurrence of schematic " + Quoted(schematic.name) + " has this path";
+          });
+    }
+  }
+
+  template <typename Entry, typename Where, typename Fits, typename Complaint>
+  void ResolveKeys(std::vector<Entry>& entries, Where&& where, Fits&& fits, Complaint&& complaint) {
+    if (entries.empty()) {
+      return;
+    }
+    const auto fault = [&](const Entry& entry, std::string message) {
+      std::string pointer = where();
+      AppendPointerKey(pointer, entry.path);
+      return DocumentFault{pointer, std::move(message)};
+    };
+    for (Entry& entry : entries) {
+      const auto found = data_.occurrenceByPath.find(entry.path);
+      if (found == data_.occurrenceByPath.end() || !fits(*found->second)) {
+        throw fault(entry, complaint());
+      }
+      entry.id = found->second->id;
+    }
+    std::sort(entries.begin(), entries.end(),
+              [](const Entry& a, const Entry& b) { return a.id < b.id; });
+    const auto twice =
+        std::adjacent_find(entries.begin(), entries.end(),
+                           [](const Entry& a, const Entry& b) { return a.id == b.id; });
+    if (twice != entries.end()) {
+      throw fault(*twice, "occurrence path given twice");
+    }
+  }
+
+  DesignData& data_;
+  const std::optional<std::string>& rootName_;
+  const std::vector<BlockRef>& blocks_;
+};
+
+}  // namespace
+
+std::string BlockRef::Pointer() const {
+  return "/schematics/" + std::to_string(schematic) + "/pages/" + std::to_string(page) + "/parts/" +
+         std::to_string(part) + "/schematic";
+}
+
+void LinkHierarchy(DesignData& data, const std::optional<std::string>& rootName,
+                   const std::vector<BlockRef>& blocks) {
+  HierarchyLinker(data, rootName, blocks).Link();
+}
+
+}  // namespace kalmor::model::detail

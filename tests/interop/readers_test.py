@@ -1,0 +1,308 @@
+"""The files kalmor writes, read by the programs people open them with.
+
+Every example design is exported with the kalmor command; each page file must then be read by
+ezdxf (release AC1009, no auditor error) and by GDAL's ogrinfo (no error, no warning), both must
+find per layer exactly the entities that the design document implies, and ezdxf's drawing add-on
+must draw each page to a PNG (kept in the build folder, not in git). The expected counts are worked
+out here from the design document alone, not from the exporter's code.
+
+Deliberately broken copies of a good file (a SOLID without its fourth corner, a POLYLINE without
+its SEQEND) must make these checks fail.
+"""
+
+import collections
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import ezdxf
+import matplotlib
+
+matplotlib.use("Agg")
+import matplotlib.pyplot as plt  # noqa: E402
+from ezdxf.addons.drawing import Frontend, RenderContext  # noqa: E402
+from ezdxf.addons.drawing.matplotlib import MatplotlibBackend  # noqa: E402
+
+SOURCE = pathlib.Path(os.environ.get("KALMOR_SOURCE_DIR", pathlib.Path(__file__).parents[2]))
+BUILD = pathlib.Path(os.environ.get("KALMOR_BUILD_DIR", SOURCE / "build"))
+KALMOR = BUILD / "src" / "kalmor"
+PICTURES = BUILD / "interop"
+
+TYPE_CODES = {"part": 13, "block": 12}
+DRAWN_PRIMITIVES = {"line", "box", "arc", "ellipse", "polygon", "polyline", "bitmap"}
+
+
+class CheckFailed(Exception):
+    pass
+
+
+# ---------------------------------------------------------------------------------------------
+# What a design document implies, counted per (layer, entity type).
+
+
+def text_lines(text):
+    """TEXT records of a text laid out in a box: one per line, LF counted like CR."""
+    return text.replace("\n", "\r").count("\r") + 1
+
+
+class Oracle:
+    def __init__(self, document):
+        self.symbols = document.get("symbols", {})
+
+    def symbol(self, ref):
+        return self.symbols[ref] if isinstance(ref, str) else ref
+
+    def vectors(self, counts, symbol, layer):
+        for vector in self.symbol(symbol).get("vectors", []):
+            kind = vector.get("type")
+            if kind in DRAWN_PRIMITIVES:
+                counts[(layer, "POLYLINE")] += 1
+            elif kind == "text":
+                counts[("PARTTEXT", "TEXT")] += text_lines(vector.get("text", ""))
+            elif kind == "vector":
+                members = vector.get("members", [])
+                counts[(layer, "POLYLINE")] += sum(m.get("type") == "polyline" for m in members)
+
+    def bbox(self, symbol):
+        symbol = self.symbol(symbol)
+        if "bbox" in symbol:
+            return symbol["bbox"]
+        xs, ys = [], []
+
+        def add(points, dx=0, dy=0):
+            for x, y in points:
+                xs.append(x + dx)
+                ys.append(y + dy)
+
+        for vector in symbol.get("vectors", []):
+            if "rect" in vector:
+                left, top, right, bottom = vector["rect"]
+                add([(left, top), (right, bottom)])
+            for key in ("start", "end"):
+                if key in vector and vector.get("type") == "line":
+                    add([vector[key]])
+            add(vector.get("points", []))
+            if vector.get("type") == "vector":
+                dx, dy = vector.get("location", [0, 0])
+                for member in vector.get("members", []):
+                    add(member.get("points", []), dx, dy)
+        if not xs:
+            return [0, 0, 0, 0]
+        return [min(xs), min(ys), max(xs), max(ys)]
+
+    def page(self, page):
+        counts = collections.Counter()
+        height = page.get("height", 8500)
+        pin_to_pin = page.get("pin_to_pin", 100)
+        flip = int(height / (pin_to_pin * 0.1))
+
+        border = page.get("border", {})
+        if border.get("visible", True):
+            across = border.get("horizontal_count", 4)
+            down = border.get("vertical_count", 4)
+            counts[("TITLE", "POLYLINE")] += 2 + 2 * (across - 1) + 2 * (down - 1)
+            counts[("TITLE", "SOLID")] += 2 * (across - 1) * (across % 2 == 0)
+            counts[("TITLE", "SOLID")] += 2 * (down - 1) * (down % 2 == 0)
+            counts[("TITLE", "TEXT")] += 2 * across + 2 * down
+
+        for block in page.get("title_blocks", []):
+            counts[("TITLE", "TEXT")] += len(block.get("properties", []))
+            self.vectors(counts, block["symbol"], "TITLE")
+
+        for part in page.get("parts", []):
+            counts[("PARTTEXT", "TEXT")] += len(part.get("properties", []))
+            kind = part.get("kind", "part")
+            kind = TYPE_CODES.get(kind, kind)
+            if kind == 12:
+                counts[("PARTS", "POLYLINE")] += 1
+                self.block_pins(counts, part, flip)
+            else:
+                self.symbol_pins(counts, part)
+            self.vectors(counts, part["symbol"], "PARTS")
+
+        for wire in page.get("wires", []):
+            counts[("WIRE", "POLYLINE")] += 1 + len(wire.get("junctions", []))
+            counts[("WIRETEXT", "TEXT")] += len(wire.get("properties", []))
+            counts[("WIRETEXT", "TEXT")] += len(wire.get("aliases", []))
+
+        for collection in ("globals", "ports", "off_page_connectors"):
+            for connector in page.get(collection, []):
+                counts[("PARTTEXT", "TEXT")] += len(connector.get("properties", []))
+                self.vectors(counts, connector["symbol"], "PARTS")
+
+        counts[("WIRE", "POLYLINE")] += len(page.get("bus_entries", []))
+
+        for graphic in page.get("graphics", []):
+            kind = graphic.get("type")
+            if kind == "bitmap":
+                counts[("BITMAPS", "POLYLINE")] += 1
+            elif kind == "text":
+                counts[("COMMENTS", "TEXT")] += text_lines(graphic.get("text", ""))
+            elif kind in DRAWN_PRIMITIVES:
+                counts[("COMMENTS", "POLYLINE")] += 1
+        return +counts
+
+    def symbol_pins(self, counts, part):
+        names = part.get("pin_names_visible", True)
+        numbers = part.get("pin_numbers_visible", True)
+        for pin in part.get("pins", []):
+            if not pin.get("visible", True):
+                continue
+            counts[("PARTS", "TEXT")] += len(pin.get("properties", [])) + names + numbers
+            counts[("PARTS", "LINE")] += 1 + 2 * pin.get("clock", False)
+            counts[("PARTS", "LINE")] += 2 * pin.get("no_connect", False)
+            counts[("PARTS", "CIRCLE")] += pin.get("dot", False)
+
+    def block_pins(self, counts, part, flip):
+        left, top, right, bottom = part.get("bbox") or self.bbox(part["symbol"])
+        if part.get("rotation", 0) in (1, 3):
+            right, bottom = bottom, right
+        x0, y0 = part.get("location", [0, 0])
+        left, right = left + x0, right + x0
+        top, bottom = flip - (top + y0), flip - (bottom + y0)
+        names = part.get("pin_names_visible", True)
+        solids = {0: 2, 1: 1, 2: 2, 4: 1, 5: 1, 6: 1, 7: 1}
+        for pin in part.get("pins", []):
+            counts[("PARTS", "TEXT")] += len(pin.get("properties", []))
+            kind = pin.get("block_kind", 0)
+            if kind not in solids:
+                continue
+            x, y = pin["start"][0], flip - pin["start"][1]
+            edges = (x <= left) + (x >= right) + (y >= top) + (y <= bottom)
+            counts[("PARTS", "SOLID")] += edges * solids[kind]
+            counts[("PARTS", "TEXT")] += edges * names
+            counts[("PARTS", "LINE")] += 2 * pin.get("no_connect", False)
+
+
+# ---------------------------------------------------------------------------------------------
+# What the readers find.
+
+
+def ezdxf_counts(path):
+    try:
+        doc = ezdxf.readfile(path)
+    except Exception as error:  # any refusal of the reader is a failed check
+        raise CheckFailed(f"{path.name}: ezdxf cannot read it: {error}") from error
+    if doc.dxfversion != "AC1009":
+        raise CheckFailed(f"{path.name}: version {doc.dxfversion}, expected AC1009")
+    auditor = doc.audit()
+    if auditor.has_errors:
+        raise CheckFailed(f"{path.name}: ezdxf's auditor: {[str(e) for e in auditor.errors]}")
+    counts = collections.Counter()
+    for entity in doc.modelspace():
+        counts[(entity.dxf.layer, entity.dxftype())] += 1
+        if entity.dxftype() == "SOLID" and not entity.dxf.hasattr("vtx3"):
+            raise CheckFailed(f"{path.name}: a SOLID without its fourth corner")
+    return doc, counts
+
+
+def gdal_counts(path):
+    result = subprocess.run(
+        ["ogrinfo", "-ro", "-q", "-dialect", "SQLite", "-sql", "SELECT Layer, COUNT(*) AS n FROM entities GROUP BY Layer",
+         str(path)], capture_output=True, text=True, check=False)
+    if result.returncode != 0 or result.stderr.strip():
+        raise CheckFailed(f"{path.name}: ogrinfo: {result.stderr.strip() or result.returncode}")
+    counts, layer = {}, None
+    for line in result.stdout.splitlines():
+        line = line.strip()
+        if line.startswith("Layer (String) ="):
+            layer = line.split("=", 1)[1].strip()
+        elif line.startswith("n (Integer) =") and layer is not None:
+            counts[layer] = int(line.split("=", 1)[1])
+    return counts
+
+
+def check_file(path, expected):
+    doc, found = ezdxf_counts(path)
+    if found != expected:
+        raise CheckFailed(f"{path.name}: ezdxf found {sorted(found.items())}, "
+                          f"the document implies {sorted(expected.items())}")
+    per_layer = collections.Counter()
+    for (layer, _), n in expected.items():
+        per_layer[layer] += n
+    found_by_gdal = gdal_counts(path)
+    if found_by_gdal != dict(per_layer):
+        raise CheckFailed(f"{path.name}: GDAL found {sorted(found_by_gdal.items())}, "
+                          f"the document implies {sorted(per_layer.items())}")
+    return doc
+
+
+def draw(doc, png):
+    figure = plt.figure(figsize=(11, 8.5))
+    axes = figure.add_axes([0, 0, 1, 1])
+    Frontend(RenderContext(doc), MatplotlibBackend(axes)).draw_layout(doc.modelspace(),
+                                                                      finalize=True)
+    figure.savefig(png, dpi=80)
+    plt.close(figure)
+
+
+def export(design, folder):
+    stem = folder / design.stem
+    result = subprocess.run([str(KALMOR), "export", str(design), "-o", f"{stem}.dxf"],
+                            capture_output=True, text=True, check=False)
+    if result.returncode != 0:
+        raise AssertionError(f"kalmor export {design.name}: {result.returncode} {result.stderr}")
+    return stem
+
+
+def page_files(stem, document):
+    for schematic in document["schematics"]:
+        for page in schematic["pages"]:
+            yield page, pathlib.Path(f"{stem}_{schematic['name']}_{page['name']}.dxf")
+
+
+class Readers(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = pathlib.Path(tempfile.mkdtemp(prefix="kalmor-interop-"))
+        PICTURES.mkdir(parents=True, exist_ok=True)
+
+    def test_every_example_page_reads_back_as_the_document_implies(self):
+        designs = sorted((SOURCE / "examples").glob("*.json"))
+        self.assertTrue(designs, "no example designs")
+        for design in designs:
+            document = json.loads(design.read_text())
+            stem = export(design, self.folder)
+            oracle = Oracle(document)
+            for page, path in page_files(stem, document):
+                with self.subTest(file=path.name):
+                    doc = check_file(path, oracle.page(page))
+                    png = PICTURES / (path.stem + ".png")
+                    draw(doc, png)
+                    self.assertGreater(png.stat().st_size, 0)
+
+    def test_broken_files_fail_the_checks(self):
+        design = SOURCE / "examples" / "board.json"
+        document = json.loads(design.read_text())
+        stem = export(design, self.folder)
+        page, good = next(page_files(stem, document))
+        expected = Oracle(document).page(page)
+        check_file(good, expected)
+        text = good.read_bytes()
+
+        solid = text.index(b"\r\nSOLID\r\n")
+        corner = text.index(b" 13\r\n", solid)
+        corner_end = text.index(b" 33\r\n0.0\r\n", corner) + len(b" 33\r\n0.0\r\n")
+        polyline = text.index(b"\r\nPOLYLINE\r\n")
+        seqend = text.index(b" 0\r\nSEQEND\r\n", polyline)
+        seqend_end = text.index(b"\r\n 0\r\n", seqend + 4) + 2
+        broken = {
+            "missing-corner": text[:corner] + text[corner_end:],
+            "missing-seqend": text[:seqend] + text[seqend_end:],
+        }
+        for name, content in broken.items():
+            with self.subTest(broken=name):
+                path = self.folder / f"broken-{name}.dxf"
+                path.write_bytes(content)
+                with self.assertRaises(CheckFailed):
+                    check_file(path, expected)
+
+
+if __name__ == "__main__":
+    if not KALMOR.exists():
+        sys.exit(f"{KALMOR} is not built")
+    unittest.main(verbosity=2)
