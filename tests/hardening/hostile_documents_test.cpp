@@ -159,8 +159,8 @@ TEST(HostileDocumentsTest, NestingAHundredThousandDeepIsRefusedWithItsPlace) {
   }
 }
 
-// Texts of 20 MB where each kind of text is written: a pin name (its overbars converted), a
-// symbol's text (measured), a comment text (laid out in its box); other texts are long too.
+// Texts of 20 MB where the export works through a whole text: a pin name (its overbars
+// converted) and a comment text (laid out in its box); the other kinds are long too.
 TEST(HostileDocumentsTest, TwentyMegabyteStringsAreReadAndWrittenCut) {
   const std::string huge(kHuge, 'x');
   const std::string longText(kLong, 'x');
@@ -168,7 +168,7 @@ TEST(HostileDocumentsTest, TwentyMegabyteStringsAreReadAndWrittenCut) {
                          .value = longText,
                          .pinName = Repeat(R"(N\\)", kHuge / 2),  // every character overlined
                          .pinNumber = "",
-                         .symbolText = huge,
+                         .symbolText = longText,
                          .alias = longText,
                          .comment = huge};
   const auto design = model::ReadDesignDocument(Document(texts), "huge.json");
