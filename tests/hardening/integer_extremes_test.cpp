@@ -55,10 +55,10 @@ bool IsPlace(const std::string& pointer) {
 }
 
 // What the reader must refuse at `value`: places and sizes on the page (the page arithmetic
-// adds them up in 32 bits), bytes of the font record, zone counts (each zone is written, and
-// more than a few hundred make no frame), a pin-to-pin value that is not positive and any
-// other format version. Rotations, display types, kinds, type codes, line widths, label widths
-// and the font's numbers are taken at any value.
+// adds them up in 32 bits), bytes of the font record, zone counts (their labels run out of
+// digits after 99), a pin-to-pin value that is not positive and any other format version.
+// Rotations, display types, kinds, type codes, line widths, label widths and the font's numbers are
+// taken at any value.
 bool MustRefuse(const std::string& pointer, int64_t value) {
   static const std::regex kPageSize(R"(/schematics/\d+/pages/\d+/(width|height))");
   static const std::set<std::string> kBytes = {"charset", "out_precision", "clip_precision",
@@ -83,7 +83,6 @@ TEST(IntegerExtremesTest, EveryFieldIsRefusedByNameOrExportedWhole) {
   }
   ASSERT_GT(pointers.size(), 150u);  // the document sets every integer field somewhere
 
-  int refused = 0;
   for (const std::string& pointer : pointers) {
     for (const int64_t value : {kMin, kMax}) {
       SCOPED_TRACE(pointer + " = " + std::to_string(value));
@@ -94,7 +93,6 @@ TEST(IntegerExtremesTest, EveryFieldIsRefusedByNameOrExportedWhole) {
       try {
         design = model::ReadDesignDocument(text, "every.json");
       } catch (const model::DesignDocumentError& error) {
-        ++refused;
         EXPECT_TRUE(MustRefuse(pointer, value)) << error.what();
         EXPECT_THAT(error.what(), ::testing::HasSubstr(pointer + ": "));
         continue;
@@ -107,7 +105,6 @@ TEST(IntegerExtremesTest, EveryFieldIsRefusedByNameOrExportedWhole) {
       }
     }
   }
-  EXPECT_GT(refused, 0);
 }
 
 // Every place of the document at the edge of its range at once, with the scale factor at its
