@@ -11,7 +11,7 @@ namespace {
 
 // Each occurrence costs a little memory and hierarchies multiply; a design this large is
 // refused rather than exhausting the machine.
-constexpr uint64_t kMaxOccurrences = uint64_t{1} << 22;
+constexpr uint64_t kMaxOccurrences = uint64_t{1} << 20;
 
 class HierarchyLinker {
  public:

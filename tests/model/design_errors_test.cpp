@@ -155,7 +155,7 @@ TEST(DesignErrors, HierarchyThatMultipliesBeyondTheLimitIsRefused) {
   schematics +=
       R"({"name": "L23", "pages": [{"name": "1", "parts": [{"id": "R", "symbol": {}}]}]})";
   EXPECT_THAT(ErrorOf(Schematics(schematics)),
-              HasSubstr(": /root: the hierarchy below schematic \"L0\" has more than 4194304 "
+              HasSubstr(": /root: the hierarchy below schematic \"L0\" has more than 1048576 "
                         "occurrences"));
 }
 
