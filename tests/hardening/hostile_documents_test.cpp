@@ -19,6 +19,7 @@
 #include "hardening/export_in_memory.h"
 #include "model/design.h"
 #include "model/design_reader.h"
+#include "support/page_fixture.h"
 #include "support/paths.h"
 
 namespace kalmor::testing {
@@ -81,12 +82,7 @@ std::string Document(const TextsOfEveryKind& t) {
 
 // The message of the error that reading `json` raises, or "" when it reads.
 std::string ReadError(const std::string& json) {
-  try {
-    model::ReadDesignDocument(json, "hostile.json");
-  } catch (const model::DesignDocumentError& error) {
-    return error.what();
-  }
-  return "";
+  return testing::DocumentError(json, "hostile.json", "");
 }
 
 // The most memory the process has held at once since it started, or since "5" was last

@@ -18,12 +18,7 @@ using testing::OnePageDesign;
 using ::testing::StartsWith;
 
 std::string ErrorOf(const std::string& json) {
-  try {
-    model::ReadDesignDocument(json, "board.json");
-  } catch (const model::DesignDocumentError& error) {
-    return error.what();
-  }
-  return "(accepted)";
+  return testing::DocumentError(json, "board.json", "(accepted)");
 }
 
 std::string Schematics(const std::string& schematics) {

@@ -7,6 +7,16 @@
 
 namespace kalmor::testing {
 
+std::string DocumentError(const std::string& json, std::string_view documentName,
+                          std::string_view whenAccepted) {
+  try {
+    model::ReadDesignDocument(json, documentName);
+  } catch (const model::DesignDocumentError& error) {
+    return error.what();
+  }
+  return std::string(whenAccepted);
+}
+
 std::string Crlf(std::string_view text) {
   std::string out;
   out.reserve(text.size() + text.size() / 8);

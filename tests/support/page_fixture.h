@@ -15,6 +15,11 @@
 
 namespace kalmor::testing {
 
+// The message of the error that reading `json` as the document `documentName` raises, or
+// `whenAccepted` when it reads.
+std::string DocumentError(const std::string& json, std::string_view documentName,
+                          std::string_view whenAccepted);
+
 // Expected DXF text written with "\n" line ends, turned into the file's CR LF.
 std::string Crlf(std::string_view text);
 
