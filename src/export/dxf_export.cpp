@@ -1,8 +1,7 @@
 #include "export/dxf_export.h"
 
-#include <algorithm>
-#include <list>
 #include <stdexcept>
+#include <unordered_set>
 
 #include "dxf/output_file.h"
 #include "dxf/skeleton.h"
@@ -18,20 +17,15 @@ namespace {
 // Iteration mode that selects a design's schematic views.
 constexpr int32_t kSchematicViews = 6;
 
-// The schematics met so far in one design export, in the order first met.
+// The names of the schematics met so far in one design export. Designs may hold hundreds of
+// thousands of schematics, so membership is a hash lookup, never a search.
 class ExportedSchematics {
  public:
   // False when `name` is already listed; otherwise lists it.
-  bool Add(const std::string& name) {
-    if (std::find(names_.begin(), names_.end(), name) != names_.end()) {
-      return false;
-    }
-    names_.push_back(name);
-    return true;
-  }
+  bool Add(const std::string& name) { return names_.insert(name).second; }
 
  private:
-  std::list<std::string> names_;
+  std::unordered_set<std::string> names_;
 };
 
 // Visits the pages of `view` unless its schematic was met before.

@@ -51,8 +51,7 @@ const DboPage* Design::FindPage(std::string_view schematic, std::string_view pag
 }
 
 const DboInstOccurrence* Design::FindOccurrence(std::string_view path) const {
-  const auto found = data_->occurrenceByPath.find(path);
-  return found != data_->occurrenceByPath.end() ? found->second : nullptr;
+  return detail::FindOccurrenceByPath(*data_, path);
 }
 
 const std::string& Design::rootName() const {

@@ -23,9 +23,12 @@ struct DesignData {
   std::vector<std::unique_ptr<Symbol>> symbols;  // named and inline
   std::deque<LogFont> fonts;                     // each distinct font once
 
-  std::vector<Occurrence> occurrences;  // depth-first; the id is the index + 1
-  std::vector<const Occurrence*> childTable;
-  std::unordered_map<std::string_view, const Occurrence*> occurrenceByPath;
+  std::vector<Occurrence> occurrences;        // depth-first; the id is the index + 1
+  std::vector<const Occurrence*> childTable;  // the root's children first
+
+  // Each schematic's parts by id, made for a schematic the first time a path passes through it.
+  mutable std::unordered_map<const Schematic*, std::unordered_map<std::string_view, uint32_t>>
+      partOrdinals;
 };
 
 }  // namespace kalmor::model::detail

@@ -49,6 +49,7 @@ class HierarchyLinker {
     }
     BuildOccurrences(data_);
     ResolveOccurrenceKeys();
+    data_.partOrdinals.clear();  // made again if a caller looks a path up
   }
 
  private:
@@ -218,11 +219,11 @@ class HierarchyLinker {
       return DocumentFault{pointer, std::move(message)};
     };
     for (Entry& entry : entries) {
-      const auto found = data_.occurrenceByPath.find(entry.path);
-      if (found == data_.occurrenceByPath.end() || !fits(*found->second)) {
+      const Occurrence* found = FindOccurrenceByPath(data_, entry.path);
+      if (found == nullptr || !fits(*found)) {
         throw fault(entry, complaint());
       }
-      entry.id = found->second->id;
+      entry.id = found->id;
     }
     std::sort(entries.begin(), entries.end(),
               [](const Entry& a, const Entry& b) { return a.id < b.id; });

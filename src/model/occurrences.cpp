@@ -92,7 +92,6 @@ void BuildOccurrences(DesignData& data) {
   const uint64_t total = CountOccurrences(*data.root, UINT32_MAX);
   data.occurrences.reserve(total);
   data.childTable.reserve(total);
-  data.occurrenceByPath.reserve(total);
 
   struct Frame {
     const Schematic* schematic;
@@ -112,12 +111,10 @@ void BuildOccurrences(DesignData& data) {
     const PartInst* part = frame.schematic->parts[frame.next];
     Occurrence& occurrence = data.occurrences.emplace_back();
     occurrence.id = static_cast<DboDesignOccurrenceId>(data.occurrences.size());
-    occurrence.path =
-        (frame.parent != nullptr ? frame.parent->path : std::string()) + "/" + part->id;
+    occurrence.parent = frame.parent;
     occurrence.part = part;
     occurrence.contents = part->contents;
     data.childTable[frame.childBase + frame.next] = &occurrence;
-    data.occurrenceByPath.emplace(occurrence.path, &occurrence);
     ++frame.next;
     if (part->contents != nullptr) {
       const std::size_t base = data.childTable.size();
@@ -126,6 +123,38 @@ void BuildOccurrences(DesignData& data) {
       stack.push_back({part->contents, &occurrence, 0, base});
     }
   }
+}
+
+const Occurrence* FindOccurrenceByPath(const DesignData& data, std::string_view path) {
+  if (data.root == nullptr || !path.starts_with('/')) {
+    return nullptr;
+  }
+  const Schematic* schematic = data.root;
+  std::span<const Occurrence* const> children(data.childTable.data(), data.root->parts.size());
+  const Occurrence* found = nullptr;
+  while (!path.empty()) {
+    if (schematic == nullptr) {
+      return nullptr;  // a step below a primitive part
+    }
+    path.remove_prefix(1);
+    const std::string_view id = path.substr(0, path.find('/'));
+    path.remove_prefix(id.size());
+    auto [ordinals, added] = data.partOrdinals.try_emplace(schematic);
+    if (added) {
+      ordinals->second.reserve(schematic->parts.size());
+      for (const PartInst* part : schematic->parts) {
+        ordinals->second.emplace(part->id, part->ordinal);
+      }
+    }
+    const auto ordinal = ordinals->second.find(id);
+    if (ordinal == ordinals->second.end()) {
+      return nullptr;
+    }
+    found = children[ordinal->second];
+    schematic = found->contents;
+    children = found->children;
+  }
+  return found;
 }
 
 }  // namespace kalmor::model::detail

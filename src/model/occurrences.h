@@ -6,6 +6,7 @@
 #include <map>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "host/dbo.h"
 #include "model/page_objects.h"
@@ -22,9 +23,11 @@ struct PortOccurrence final : DboPortOccurrence {
   void GetPropStringById(int32_t propId, std::string& value, DboState& state) const override;
 };
 
+// Each occurrence links to its parent rather than holding its path, so that a hierarchy n deep
+// costs memory in n, not n squared.
 struct Occurrence final : DboInstOccurrence {
   DboDesignOccurrenceId id = 0;
-  std::string path;  // "/BLK1/U3"
+  const Occurrence* parent = nullptr;  // null below the root
   const PartInst* part = nullptr;
   const Schematic* contents = nullptr;                 // null for a primitive occurrence
   std::span<const Occurrence* const> children;         // by the placed part's ordinal
@@ -45,7 +48,11 @@ struct Occurrence final : DboInstOccurrence {
 uint64_t CountOccurrences(const Schematic& schematic, uint64_t limit);
 
 // Builds the occurrences of `data` depth-first from its root, in page then part order, with
-// ids counting from 1, and indexes them by path.
+// ids counting from 1.
 void BuildOccurrences(DesignData& data);
+
+// The occurrence at a path of part ids such as "/BLK1/U3", followed step by step from the root;
+// null when there is none.
+const Occurrence* FindOccurrenceByPath(const DesignData& data, std::string_view path);
 
 }  // namespace kalmor::model::detail

@@ -4,6 +4,7 @@
 #include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_FONT_FORMATS_H
+#include FT_SIZES_H
 #include FT_TRUETYPE_TABLES_H
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <list>
 #include <map>
 #include <tuple>
 #include <unordered_map>
@@ -120,29 +122,48 @@ int64_t PixelSize(const LogFont& font) {
 
 }  // namespace
 
-// One face file opened at one pixel size, with what has been measured in it so far.
-class SizedFace {
+// One face of a font file, opened once however many sizes are measured in it.
+class OpenFace {
  public:
-  SizedFace(FT_Library library, const FontFile& file, int64_t pixelSize) : file_(file) {
+  OpenFace(FT_Library library, const FontFile& file) {
     if (const FT_Error error = FT_New_Face(library, file.path.c_str(), file.index, &face_)) {
       face_ = nullptr;
       throw FontFileError("cannot open font file \"" + file.path + "\" (face " +
                           std::to_string(file.index) + "): " + FreeTypeReason(error));
     }
+  }
+  ~OpenFace() { FT_Done_Face(face_); }
+  OpenFace(const OpenFace&) = delete;
+  OpenFace& operator=(const OpenFace&) = delete;
+
+  FT_Face get() const { return face_; }
+
+ private:
+  FT_Face face_ = nullptr;
+};
+
+// An open face at one pixel size (a size object of its own, made current before each use, so
+// that a design with thousands of sizes opens each file once), with what has been measured at
+// that size so far.
+class SizedFace {
+ public:
+  SizedFace(FT_Face face, const FontFile& file, int64_t pixelSize) : face_(face), file_(file) {
+    if (const FT_Error error = FT_New_Size(face_, &size_)) {
+      size_ = nullptr;
+      throw FontFileError("cannot size font file \"" + file.path + "\" at " +
+                          std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
+    }
+    FT_Activate_Size(size_);
     if (const FT_Error error = FT_Set_Pixel_Sizes(face_, 0, static_cast<FT_UInt>(pixelSize))) {
-      FT_Done_Face(face_);
-      face_ = nullptr;
+      FT_Done_Size(size_);
+      size_ = nullptr;
       throw FontFileError("cannot size font file \"" + file.path + "\" at " +
                           std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
     }
     latinAdvances_.fill(-1);
     ReadMetrics(pixelSize);
   }
-  ~SizedFace() {
-    if (face_ != nullptr) {
-      FT_Done_Face(face_);
-    }
-  }
+  ~SizedFace() { FT_Done_Size(size_); }
   SizedFace(const SizedFace&) = delete;
   SizedFace& operator=(const SizedFace&) = delete;
 
@@ -166,8 +187,8 @@ class SizedFace {
       ascent = RoundToPixels(os2->usWinAscent * pixelSize / units);
       descent = RoundToPixels(os2->usWinDescent * pixelSize / units);
     } else {
-      ascent = RoundToPixels(face_->size->metrics.ascender / 64.0);
-      descent = RoundToPixels(-face_->size->metrics.descender / 64.0);
+      ascent = RoundToPixels(size_->metrics.ascender / 64.0);
+      descent = RoundToPixels(-size_->metrics.descender / 64.0);
     }
     metrics_.height = ascent + descent;
     metrics_.descent = descent;
@@ -188,6 +209,7 @@ class SizedFace {
     if (const auto known = otherAdvances_.find(cp); known != otherAdvances_.end()) {
       return known->second;
     }
+    FT_Activate_Size(size_);
     const FT_UInt glyph = FT_Get_Char_Index(face_, cp);  // 0, the missing glyph, when absent
     int32_t advance = 0;
     if (FT_Load_Glyph(face_, glyph, FT_LOAD_DEFAULT) == 0) {
@@ -204,8 +226,9 @@ class SizedFace {
     return advance;
   }
 
+  FT_Face face_;
+  FT_Size size_ = nullptr;
   FontFile file_;
-  FT_Face face_ = nullptr;
   TextMetrics metrics_;
   std::array<int32_t, 256> latinAdvances_{};
   std::unordered_map<char32_t, int32_t> otherAdvances_;
@@ -274,38 +297,71 @@ struct FreeTypeFontMetrics::Impl {
     }
   }
   ~Impl() {
-    faces.clear();  // before the library they belong to
+    // Sizes before their faces, faces before the library they belong to.
+    sized.clear();
+    recent.clear();
+    faces.clear();
     FT_Done_FreeType(library);
   }
 
-  // The face for a logical font at its size; null for a font of height 0.
+  // The face for a logical font at its size; null for a font of height 0. Every step is a
+  // lookup in a map, so that a design of many distinct fonts costs each of them once.
   detail::SizedFace* Face(const LogFont& font) {
     const int64_t pixelSize = detail::PixelSize(font);
     if (pixelSize == 0) {
       return nullptr;
     }
-    RequestKey request{detail::FaceName(font), font.lfWeight, font.lfItalic != 0, pixelSize};
-    if (const auto known = requests.find(request); known != requests.end()) {
-      return known->second;
+    if (last != nullptr && std::memcmp(&lastFont, &font, sizeof font) == 0) {
+      return last;
     }
-    const FontFile file = resolve(font);
-    FaceKey key{file.path, file.index, file.embolden, pixelSize};
-    auto loaded = faces.find(key);
-    if (loaded == faces.end()) {
-      loaded =
-          faces.emplace(key, std::make_unique<detail::SizedFace>(library, file, pixelSize)).first;
+    const Style style{detail::FaceName(font), font.lfWeight, font.lfItalic != 0};
+    auto file = files.find(style);
+    if (file == files.end()) {
+      file = files.emplace(style, resolve(font)).first;
     }
-    requests.emplace(std::move(request), loaded->second.get());
-    return loaded->second.get();
+    const FontFile& found = file->second;
+    const FaceKey faceKey{found.path, found.index};
+    const SizeKey sizeKey{faceKey, found.embolden, pixelSize};
+    if (const auto known = sized.find(sizeKey); known != sized.end()) {
+      recent.splice(recent.begin(), recent, known->second);
+    } else {
+      auto face = faces.find(faceKey);
+      if (face == faces.end()) {
+        face = faces.emplace(faceKey, std::make_unique<detail::OpenFace>(library, found)).first;
+      }
+      recent.push_front(
+          {sizeKey, std::make_unique<detail::SizedFace>(face->second->get(), found, pixelSize)});
+      sized.emplace(sizeKey, recent.begin());
+      if (recent.size() > kMostSizes) {
+        sized.erase(recent.back().key);
+        recent.pop_back();
+      }
+    }
+    lastFont = font;
+    last = recent.front().face.get();
+    return last;
   }
 
-  using RequestKey = std::tuple<std::string, int32_t, bool, int64_t>;
-  using FaceKey = std::tuple<std::string, int, bool, int64_t>;
+  using Style = std::tuple<std::string, int32_t, bool>;  // face name, weight, italic
+  using FaceKey = std::pair<std::string, int>;           // file, face within it
+  using SizeKey = std::tuple<FaceKey, bool, int64_t>;    // face, embolden, pixel size
+  struct Sized {
+    SizeKey key;
+    std::unique_ptr<detail::SizedFace> face;
+  };
+
+  // Each size holds FreeType's hinting state, some kilobytes: a design of thousands of sizes
+  // keeps the most recently used ones and sizes the others again when they come back.
+  static constexpr std::size_t kMostSizes = 256;
 
   Resolver resolve;
   FT_Library library = nullptr;
-  std::map<FaceKey, std::unique_ptr<detail::SizedFace>> faces;
-  std::map<RequestKey, detail::SizedFace*> requests;
+  std::map<Style, FontFile> files;
+  std::map<FaceKey, std::unique_ptr<detail::OpenFace>> faces;
+  std::list<Sized> recent;  // most recently used first
+  std::map<SizeKey, std::list<Sized>::iterator> sized;
+  LogFont lastFont;
+  detail::SizedFace* last = nullptr;  // the face of lastFont, while it is the most recent
 };
 
 FreeTypeFontMetrics::FreeTypeFontMetrics() : FreeTypeFontMetrics(ResolveFontFile) {}

@@ -13,9 +13,14 @@ namespace {
 constexpr std::size_t kNumericBytes = 28;
 static_assert(offsetof(LogFont, lfFaceName) == kNumericBytes);
 
-bool SameFace(const LogFont& a, const LogFont& b) {
-  // A face may fill all 32 bytes without a terminator.
-  return std::strncmp(a.lfFaceName, b.lfFaceName, sizeof a.lfFaceName) == 0;
+// Two records match when their numeric fields are equal byte for byte and their faces are
+// equal up to the terminator (a face may fill all 32 bytes without one): exactly when these
+// keys are equal.
+std::string IdentityOf(const LogFont& font) {
+  const auto* bytes = reinterpret_cast<const char*>(&font);
+  std::string key(bytes, kNumericBytes);
+  key.append(font.lfFaceName, strnlen(font.lfFaceName, sizeof font.lfFaceName));
+  return key;
 }
 
 }  // namespace
@@ -28,13 +33,11 @@ int32_t CVelGdiCache::Lookup(const LogFont& font) {
       copy.lfWidth = metrics.averageCharWidth;
     }
   }
-  for (std::size_t i = 0; i < fonts_.size(); ++i) {
-    if (SameFace(fonts_[i], copy) && std::memcmp(&fonts_[i], &copy, kNumericBytes) == 0) {
-      return static_cast<int32_t>(i);
-    }
+  const auto [found, added] = index_.try_emplace(IdentityOf(copy), Count());
+  if (added) {
+    fonts_.push_back(copy);
   }
-  fonts_.push_back(copy);
-  return static_cast<int32_t>(fonts_.size() - 1);
+  return found->second;
 }
 
 const LogFont& CVelGdiCache::GetLogFont(int32_t slot, int32_t index) const {

@@ -1,9 +1,11 @@
 #pragma once
 
 // The application's font cache: every logical font a text shape has asked for, kept as a
-// normalised record under a stable index.
+// normalised record under a stable index, and found again by a hash lookup.
 
 #include <cstdint>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "host/types.h"
@@ -23,6 +25,8 @@ class CVelGdiCache {
 
  private:
   std::vector<LogFont> fonts_;
+  // Each record's identity (its numeric fields and its face up to the terminator) to its index.
+  std::unordered_map<std::string, int32_t> index_;
 };
 
 // The one cache of the application; it lives as long as the process and only grows.
