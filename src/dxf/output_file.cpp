@@ -13,7 +13,11 @@ namespace kalmor {
 
 namespace {
 
-constexpr std::size_t kBufferBytes = 64 * 1024;
+// The file is written in whole chunks, which the operating system takes fastest (a write that
+// ends inside a page makes it handle that page twice); the buffer holds a chunk and room for the
+// piece that overflows it.
+constexpr std::size_t kChunkBytes = 64 * 1024;
+constexpr std::size_t kBufferBytes = kChunkBytes + 16 * 1024;
 
 std::string SystemReason(int error) {
   return std::strerror(error);
@@ -68,6 +72,7 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path)), buffer_(kBuff
     }
   }
   fd_ = fd;
+  OpenWindow(buffer_.data(), buffer_.size());
 }
 
 OutputFile::~OutputFile() {
@@ -78,11 +83,13 @@ OutputFile::~OutputFile() {
   }
 }
 
+// The window lies in the buffer's heap block, which moves with the buffer.
 OutputFile::OutputFile(OutputFile&& other) noexcept
     : path_(std::move(other.path_)),
       fd_(std::exchange(other.fd_, -1)),
-      buffer_(std::move(other.buffer_)),
-      used_(std::exchange(other.used_, 0)) {}
+      buffer_(std::move(other.buffer_)) {
+  TakeWindow(other);
+}
 
 OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
   if (this != &other) {
@@ -94,38 +101,41 @@ OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
     path_ = std::move(other.path_);
     fd_ = std::exchange(other.fd_, -1);
     buffer_ = std::move(other.buffer_);
-    used_ = std::exchange(other.used_, 0);
+    TakeWindow(other);
   }
   return *this;
 }
 
-void OutputFile::Write(std::string_view bytes) {
-  if (fd_ < 0) {
-    throw FileError(path_, "the file is not open");
+void OutputFile::MakeRoom(std::size_t size) {
+  const std::size_t pending = Pending().size();
+  WritePending(pending < kChunkBytes ? pending : pending - pending % kChunkBytes);
+  // Only a piece holding an oversized string value outgrows the buffer.
+  if (Pending().size() + size > buffer_.size()) {
+    const std::size_t kept = Pending().size();
+    buffer_.resize(kept + size);
+    OpenWindow(buffer_.data(), buffer_.size());
+    Commit(buffer_.data() + kept);
   }
-  if (bytes.size() > buffer_.size() - used_) {
-    Flush();
-  }
-  if (bytes.size() >= buffer_.size()) {
-    WriteAll(bytes.data(), bytes.size());
-    return;
-  }
-  std::memcpy(buffer_.data() + used_, bytes.data(), bytes.size());
-  used_ += bytes.size();
 }
 
 void OutputFile::Flush() {
+  WritePending(Pending().size());
+}
+
+void OutputFile::WritePending(std::size_t size) {
   if (fd_ < 0) {
     throw FileError(path_, "the file is not open");
   }
   // On failure the bytes not yet written stay buffered, so a later Close() reports them too.
+  const std::string_view pending = Pending();
   std::size_t done = 0;
-  if (const int error = WriteFully(fd_, buffer_.data(), used_, done); error != 0) {
-    std::memmove(buffer_.data(), buffer_.data() + done, used_ - done);
-    used_ -= done;
+  const int error = WriteFully(fd_, pending.data(), size, done);
+  std::memmove(buffer_.data(), pending.data() + done, pending.size() - done);
+  OpenWindow(buffer_.data(), buffer_.size());
+  Commit(buffer_.data() + (pending.size() - done));
+  if (error != 0) {
     throw FileError(path_, SystemReason(error));
   }
-  used_ = 0;
 }
 
 void OutputFile::Close() {
@@ -138,22 +148,16 @@ void OutputFile::Close() {
     Flush();
   } catch (const FileError&) {
     fd_ = -1;
-    used_ = 0;
+    CloseWindow();
     ::close(fd);
     throw;
   }
   fd_ = -1;
+  CloseWindow();
   // After EINTR the descriptor is gone all the same; anything else is a real failure (a
   // network file system reporting a late write error, for one).
   if (::close(fd) != 0 && errno != EINTR) {
     throw FileError(path_, SystemReason(errno));
-  }
-}
-
-void OutputFile::WriteAll(const char* data, std::size_t size) {
-  std::size_t done = 0;
-  if (const int error = WriteFully(fd_, data, size, done); error != 0) {
-    throw FileError(path_, SystemReason(error));
   }
 }
 

@@ -35,7 +35,6 @@ class OutputFile final : public ByteSink {
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
-  void Write(std::string_view bytes) override;
   // Hands the buffer to the operating system; throws FileError on failure.
   void Flush();
   // Flushes and closes; throws FileError on failure. Idempotent.
@@ -45,12 +44,13 @@ class OutputFile final : public ByteSink {
   bool is_open() const { return fd_ >= 0; }
 
  private:
-  void WriteAll(const char* data, std::size_t size);
+  void MakeRoom(std::size_t size) override;
+  // Writes the first `size` bytes pending and keeps the rest at the start of the buffer.
+  void WritePending(std::size_t size);
 
   std::string path_;
   int fd_ = -1;
-  std::vector<char> buffer_;
-  std::size_t used_ = 0;
+  std::vector<char> buffer_;  // the sink's window while the file is open
 };
 
 }  // namespace kalmor

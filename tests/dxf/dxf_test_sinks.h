@@ -8,19 +8,32 @@
 
 namespace kalmor::testing {
 
-// Keeps each Write as its own piece, so tests see how a record was cut.
-class RecordingSink final : public ByteSink {
+// Opens windows of just the size a writer reserves, so that nearly every piece finds the window
+// full and makes the sink hand on what it holds: the mechanics of a full window, at every piece.
+class TightSink final : public ByteSink {
  public:
-  void Write(std::string_view bytes) override { pieces.emplace_back(bytes); }
-  std::string Joined() const {
+  ~TightSink() override = default;
+  // Everything written, in order.
+  std::string Joined() {
+    MakeRoom(0);
     std::string all;
-    for (const std::string& piece : pieces) {
-      all += piece;
+    for (const std::string& chunk : chunks) {
+      all += chunk;
     }
     return all;
   }
 
-  std::vector<std::string> pieces;
+  std::vector<std::string> chunks;  // what each full window handed on
+
+ private:
+  void MakeRoom(std::size_t size) override {
+    if (!Pending().empty()) {
+      chunks.emplace_back(Pending());
+    }
+    window_.assign(size, '\0');
+    OpenWindow(window_.data(), window_.size());
+  }
+  std::vector<char> window_;
 };
 
 // The values of one group code (" 10", " 42", ...) in written order, each followed by '|'.

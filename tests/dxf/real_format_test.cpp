@@ -25,6 +25,48 @@ std::string CLibrary(double value) {
   return std::string(buffer, static_cast<std::size_t>(n));
 }
 
+// Counts the values of a sweep (and their negatives) formatted unlike the C library, reporting
+// the first few.
+class Sweep {
+ public:
+  void Check(double value) {
+    for (const double v : {value, -value}) {
+      char ours[detail::kMaxRealChars];
+      char theirs[400];
+      const auto n = static_cast<std::size_t>(std::snprintf(theirs, sizeof theirs, "%8.4f", v));
+      const char* end = detail::AppendReal(ours, v);
+      ++checked_;
+      if ((static_cast<std::size_t>(end - ours) != n || std::memcmp(ours, theirs, n) != 0) &&
+          ++mismatches_ <= 10) {
+        ADD_FAILURE() << v << ": '" << Ours(v) << "' instead of '" << CLibrary(v) << "'";
+      }
+    }
+  }
+  // k / 10000 as the nearest double and its neighbours, and the rounding point half a
+  // ten-thousandth above it with its neighbours.
+  void CheckAround(int64_t k) {
+    for (const double v :
+         {static_cast<double>(k) / 10000.0, (static_cast<double>(k) + 0.5) / 10000.0}) {
+      Check(v);
+      Check(std::nextafter(v, 0.0));
+      Check(std::nextafter(v, 1e300));
+    }
+  }
+  std::size_t checked() const { return checked_; }
+  std::size_t mismatches() const { return mismatches_; }
+
+ private:
+  std::size_t checked_ = 0;
+  std::size_t mismatches_ = 0;
+};
+
+// The sanitizer build runs every sweep, thinned.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr int64_t kThinning = 16;
+#else
+constexpr int64_t kThinning = 1;
+#endif
+
 TEST(RealFormat, FieldsOfNotableValues) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const double inf = std::numeric_limits<double>::infinity();
@@ -90,6 +132,26 @@ TEST(RealFormat, MatchesTheCLibraryOnVariedValues) {
   }
   EXPECT_GT(checked, 300000u);
   EXPECT_EQ(mismatches, 0u);
+}
+
+// Every value of the form k / 10000 for |k| < 10^9, one ulp either side of it and of the
+// rounding point above it: all of them up to 2^20, then a dense sample, with every exact tie
+// (an odd multiple of 1/32) below 10^5.
+TEST(RealFormat, MatchesTheCLibraryAtEveryTenThousandth) {
+  Sweep sweep;
+  for (int64_t k = 0; k < (int64_t{1} << 20); k += kThinning) {
+    sweep.CheckAround(k);
+  }
+  std::mt19937_64 random(977);
+  const int64_t step = 1000 * kThinning;
+  for (int64_t base = int64_t{1} << 20; base < 1'000'000'000; base += step) {
+    sweep.CheckAround(base + static_cast<int64_t>(random() % static_cast<uint64_t>(step)));
+  }
+  for (int64_t m = 1; m < 3'200'000; m += 2 * kThinning) {
+    sweep.Check(static_cast<double>(m) / 32.0);
+  }
+  EXPECT_GT(sweep.checked(), 24'000'000u / kThinning);
+  EXPECT_EQ(sweep.mismatches(), 0u);
 }
 
 }  // namespace

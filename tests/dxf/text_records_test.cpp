@@ -12,7 +12,6 @@ namespace kalmor {
 namespace {
 
 using testing::GroupValues;
-using testing::RecordingSink;
 
 LogFont Font(int32_t height) {
   LogFont font;
@@ -70,17 +69,19 @@ TEST(TextRecords, SingleLineValuesStopAtTheFirstBreakAndAt250) {
   }
 }
 
-TEST(TextRecords, TextAtWritesAngleAndValueTogether) {
-  RecordingSink out;
+TEST(TextRecords, TextAtWritesTheAngleUnlessItIsExactlyZero) {
+  const std::string head = " 0\r\nTEXT\r\n 8\r\nPARTTEXT\r\n";
+  const std::string atOrigin =
+      " 10\r\n  0.0000\r\n 20\r\n  0.0000\r\n 30\r\n0.0\r\n 40\r\n  1.0000\r\n";
+  MemorySink out;
   DxfTextAt(out, "PARTTEXT", 90.0, std::string(300, 'x'), 1.0, -2.0, 0.125);
-  DxfTextAt(out, "PARTTEXT", -0.0, "T", 0, 0, 1);  // only an exact zero drops the 50 group
+  DxfTextAt(out, "PARTTEXT", -0.0, "T", 0, 0, 1);
   DxfTextAt(out, "PARTTEXT", 1e-9, "T", 0, 0, 1);
-  ASSERT_EQ(out.pieces.size(), 9u);
-  EXPECT_EQ(out.pieces[1],
-            " 10\r\n  1.0000\r\n 20\r\n -2.0000\r\n 30\r\n0.0\r\n 40\r\n  0.1250\r\n");
-  EXPECT_EQ(out.pieces[2], " 50\r\n 90.0000\r\n 1\r\n" + std::string(250, 'x') + "\r\n");
-  EXPECT_EQ(out.pieces[5], " 1\r\nT\r\n");
-  EXPECT_EQ(out.pieces[8], " 50\r\n  0.0000\r\n 1\r\nT\r\n");
+  EXPECT_EQ(out.bytes(),
+            head + " 10\r\n  1.0000\r\n 20\r\n -2.0000\r\n 30\r\n0.0\r\n 40\r\n  0.1250\r\n" +
+                " 50\r\n 90.0000\r\n 1\r\n" + std::string(250, 'x') + "\r\n" +  //
+                head + atOrigin + " 1\r\nT\r\n" +                               //
+                head + atOrigin + " 50\r\n  0.0000\r\n 1\r\nT\r\n");
 }
 
 TEST(TextRecords, BoxLaysOutLinesOnePitchApart) {

@@ -3,8 +3,8 @@
 // The one place that turns a record template into file bytes. A template reads as the record
 // does, with "\n" line ends, "%s" for a string and "%8.4f" for a real; it is compiled once into
 // its literal bytes with CR LF line ends (the file bytes are the same on every platform) and the
-// offsets where values go. Each piece is filled into one stack buffer and written with exactly one
-// Write, so a sink sees the record's pieces as they are.
+// offsets where values go. Each piece is filled in place in the sink's window, reserved for the
+// longest the piece can be.
 
 #include <array>
 #include <cstddef>
@@ -31,9 +31,6 @@ struct Template {
 };
 
 enum class Slot : char { kString, kReal };
-
-// Strings longer than this (with every line feed doubled) leave the stack buffer for the heap.
-inline constexpr std::size_t kStringRoom = 512;
 
 template <std::size_t LiteralBytes, std::size_t Slots>
 struct CompiledTemplate {
@@ -98,32 +95,24 @@ constexpr Slot SlotOf() {
   return std::is_same_v<Arg, double> ? Slot::kReal : Slot::kString;
 }
 
-inline double Clean(double value) {
-  return value;
-}
-// A string value ends at its first NUL, so the file never holds one.
-inline std::string_view Clean(std::string_view value) {
-  return value.substr(0, value.find('\0'));
-}
-
 inline char* Append(char* out, double value) {
   return AppendReal(out, value);
 }
 
+// A string value ends at its first NUL, so the file never holds one; and the file is text: a line
+// feed inside a value ends its line with CR LF like any other. Values are names and texts of a
+// few hundred bytes at most, which a plain loop copies fastest.
 inline char* Append(char* out, std::string_view value) {
-  // The file is text: a line feed inside a value ends its line with CR LF like any other.
-  for (;;) {
-    const std::size_t lf = value.find('\n');
-    const std::size_t run = lf == std::string_view::npos ? value.size() : lf;
-    std::memcpy(out, value.data(), run);
-    out += run;
-    if (lf == std::string_view::npos) {
-      return out;
+  for (const char c : value) {
+    if (c == '\0') {
+      break;
     }
-    *out++ = '\r';
-    *out++ = '\n';
-    value.remove_prefix(lf + 1);
+    if (c == '\n') {
+      *out++ = '\r';
+    }
+    *out++ = c;
   }
+  return out;
 }
 
 inline std::size_t Room(double) {
@@ -137,44 +126,29 @@ template <Template T, typename... Args, std::size_t... I>
 char* FillPiece(char* out, std::index_sequence<I...>, const Args&... values) {
   constexpr auto& compiled = kCompiled<T>;
   const char* literal = compiled.literal.data();
-  std::size_t done = 0;
-  const auto put = [&](std::size_t at, const auto& value) {
-    std::memcpy(out, literal + done, at - done);
-    out = Append(out + (at - done), value);
-    done = at;
+  // Every run of literal bytes has a size known at compile time, so each copy is a few moves.
+  const auto put = [&]<std::size_t J>(const auto& value) {
+    constexpr std::size_t from = J == 0 ? 0 : compiled.offset[J - 1];
+    constexpr std::size_t to = compiled.offset[J];
+    std::memcpy(out, literal + from, to - from);
+    out = Append(out + (to - from), value);
   };
-  (put(compiled.offset[I], values), ...);
-  std::memcpy(out, literal + done, compiled.literal.size() - done);
-  return out + (compiled.literal.size() - done);
+  (put.template operator()<I>(values), ...);
+  constexpr std::size_t last = sizeof...(I) == 0 ? 0 : compiled.offset[sizeof...(I) - 1];
+  std::memcpy(out, literal + last, compiled.literal.size() - last);
+  return out + (compiled.literal.size() - last);
 }
 
 template <Template T, typename... Args>
 void WriteFilledPiece(ByteSink& out, Args... values) {
   constexpr auto& compiled = kCompiled<T>;
-
-  constexpr std::size_t kStackRoom = compiled.literal.size() + [] {
-    std::size_t room = 0;
-    for (Slot s : compiled.slot) {
-      room += s == Slot::kReal ? kMaxRealChars : kStringRoom;
-    }
-    return room;
-  }();
   const std::size_t needed = compiled.literal.size() + (std::size_t{0} + ... + Room(values));
-  const auto seq = std::index_sequence_for<Args...>{};
-  if (needed <= kStackRoom) {
-    char buffer[kStackRoom];
-    const char* end = FillPiece<T>(buffer, seq, values...);
-    out.Write(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
-  } else {
-    // Only an oversized string value (a layer name nobody uses) gets here.
-    std::string buffer(needed, '\0');
-    const char* end = FillPiece<T>(buffer.data(), seq, values...);
-    out.Write(std::string_view(buffer.data(), static_cast<std::size_t>(end - buffer.data())));
-  }
+  char* at = out.Reserve(needed);
+  out.Commit(FillPiece<T>(at, std::index_sequence_for<Args...>{}, values...));
 }
 
-// Formats one piece and hands it to `out` in one Write. Values are doubles for "%8.4f" and string
-// views for "%s", in template order.
+// Formats one piece straight into the room `out` reserves for it. Values are doubles for "%8.4f"
+// and string views for "%s", in template order.
 template <Template T, typename... Args>
 void WritePiece(ByteSink& out, Args... values) {
   constexpr auto& compiled = kCompiled<T>;
@@ -194,7 +168,7 @@ void WritePiece(ByteSink& out, Args... values) {
   if constexpr (sizeof...(Args) == 0) {
     out.Write(std::string_view(compiled.literal.data(), compiled.literal.size()));
   } else {
-    WriteFilledPiece<T>(out, Clean(values)...);
+    WriteFilledPiece<T>(out, values...);
   }
 }
 
