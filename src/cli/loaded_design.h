@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 
 namespace kalmor::model {
 class Design;

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "export/output_names.h"
-#include "host/user_interface.h"
+#include "kalmor/user_interface.h"
 
 namespace kalmor::cli {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 #include "model/page_objects.h"
 
 namespace kalmor::model::detail {

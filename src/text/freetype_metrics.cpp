@@ -22,7 +22,7 @@
 #include "text/saturate.h"
 
 namespace kalmor {
-namespace detail {
+namespace text_detail {
 namespace {
 
 // FreeType's own texts for its error codes.
@@ -128,7 +128,7 @@ class OpenFace {
   OpenFace(FT_Library library, const FontFile& file) {
     if (const FT_Error error = FT_New_Face(library, file.path.c_str(), file.index, &face_)) {
       face_ = nullptr;
-      throw FontFileError("cannot open font file \"" + file.path + "\" (face " +
+      throw EnvironmentError("cannot open font file \"" + file.path + "\" (face " +
                           std::to_string(file.index) + "): " + FreeTypeReason(error));
     }
   }
@@ -150,14 +150,14 @@ class SizedFace {
   SizedFace(FT_Face face, const FontFile& file, int64_t pixelSize) : face_(face), file_(file) {
     if (const FT_Error error = FT_New_Size(face_, &size_)) {
       size_ = nullptr;
-      throw FontFileError("cannot size font file \"" + file.path + "\" at " +
+      throw EnvironmentError("cannot size font file \"" + file.path + "\" at " +
                           std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
     }
     FT_Activate_Size(size_);
     if (const FT_Error error = FT_Set_Pixel_Sizes(face_, 0, static_cast<FT_UInt>(pixelSize))) {
       FT_Done_Size(size_);
       size_ = nullptr;
-      throw FontFileError("cannot size font file \"" + file.path + "\" at " +
+      throw EnvironmentError("cannot size font file \"" + file.path + "\" at " +
                           std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
     }
     latinAdvances_.fill(-1);
@@ -234,14 +234,14 @@ class SizedFace {
   std::unordered_map<char32_t, int32_t> otherAdvances_;
 };
 
-}  // namespace detail
+}  // namespace text_detail
 
 namespace {
 
 void EnsureFontconfig() {
   static const bool loaded = FcInit() == FcTrue;
   if (!loaded) {
-    throw FontFileError("fontconfig cannot load its configuration");
+    throw EnvironmentError("fontconfig cannot load its configuration");
   }
 }
 
@@ -254,7 +254,7 @@ int FontconfigWeight(int32_t weight) {
 
 FontFile ResolveFontFile(const LogFont& font) {
   EnsureFontconfig();
-  std::string face = detail::FaceName(font);
+  std::string face = text_detail::FaceName(font);
   if (face.empty()) {
     face = "sans-serif";
   }
@@ -274,7 +274,7 @@ FontFile ResolveFontFile(const LogFont& font) {
     if (match != nullptr) {
       FcPatternDestroy(match);
     }
-    throw FontFileError("no font file found for face \"" + face + "\" (fontconfig has no fonts)");
+    throw EnvironmentError("no font file found for face \"" + face + "\" (fontconfig has no fonts)");
   }
   FontFile file;
   file.path = reinterpret_cast<const char*>(path);
@@ -293,7 +293,7 @@ FontFile ResolveFontFile(const LogFont& font) {
 struct FreeTypeFontMetrics::Impl {
   explicit Impl(Resolver resolve) : resolve(std::move(resolve)) {
     if (const FT_Error error = FT_Init_FreeType(&library)) {
-      throw FontFileError("FreeType cannot start: " + detail::FreeTypeReason(error));
+      throw EnvironmentError("FreeType cannot start: " + text_detail::FreeTypeReason(error));
     }
   }
   ~Impl() {
@@ -306,15 +306,15 @@ struct FreeTypeFontMetrics::Impl {
 
   // The face for a logical font at its size; null for a font of height 0. Every step is a
   // lookup in a map, so that a design of many distinct fonts costs each of them once.
-  detail::SizedFace* Face(const LogFont& font) {
-    const int64_t pixelSize = detail::PixelSize(font);
+  text_detail::SizedFace* Face(const LogFont& font) {
+    const int64_t pixelSize = text_detail::PixelSize(font);
     if (pixelSize == 0) {
       return nullptr;
     }
     if (last != nullptr && std::memcmp(&lastFont, &font, sizeof font) == 0) {
       return last;
     }
-    const Style style{detail::FaceName(font), font.lfWeight, font.lfItalic != 0};
+    const Style style{text_detail::FaceName(font), font.lfWeight, font.lfItalic != 0};
     auto file = files.find(style);
     if (file == files.end()) {
       file = files.emplace(style, resolve(font)).first;
@@ -327,10 +327,10 @@ struct FreeTypeFontMetrics::Impl {
     } else {
       auto face = faces.find(faceKey);
       if (face == faces.end()) {
-        face = faces.emplace(faceKey, std::make_unique<detail::OpenFace>(library, found)).first;
+        face = faces.emplace(faceKey, std::make_unique<text_detail::OpenFace>(library, found)).first;
       }
       recent.push_front(
-          {sizeKey, std::make_unique<detail::SizedFace>(face->second->get(), found, pixelSize)});
+          {sizeKey, std::make_unique<text_detail::SizedFace>(face->second->get(), found, pixelSize)});
       sized.emplace(sizeKey, recent.begin());
       if (recent.size() > kMostSizes) {
         sized.erase(recent.back().key);
@@ -347,7 +347,7 @@ struct FreeTypeFontMetrics::Impl {
   using SizeKey = std::tuple<FaceKey, bool, int64_t>;    // face, embolden, pixel size
   struct Sized {
     SizeKey key;
-    std::unique_ptr<detail::SizedFace> face;
+    std::unique_ptr<text_detail::SizedFace> face;
   };
 
   // Each size holds FreeType's hinting state, some kilobytes: a design of thousands of sizes
@@ -357,11 +357,11 @@ struct FreeTypeFontMetrics::Impl {
   Resolver resolve;
   FT_Library library = nullptr;
   std::map<Style, FontFile> files;
-  std::map<FaceKey, std::unique_ptr<detail::OpenFace>> faces;
+  std::map<FaceKey, std::unique_ptr<text_detail::OpenFace>> faces;
   std::list<Sized> recent;  // most recently used first
   std::map<SizeKey, std::list<Sized>::iterator> sized;
   LogFont lastFont;
-  detail::SizedFace* last = nullptr;  // the face of lastFont, while it is the most recent
+  text_detail::SizedFace* last = nullptr;  // the face of lastFont, while it is the most recent
 };
 
 FreeTypeFontMetrics::FreeTypeFontMetrics() : FreeTypeFontMetrics(ResolveFontFile) {}
@@ -372,7 +372,7 @@ FreeTypeFontMetrics::FreeTypeFontMetrics(Resolver resolver)
 FreeTypeFontMetrics::~FreeTypeFontMetrics() = default;
 
 bool FreeTypeFontMetrics::GetTextMetrics(const LogFont& font, TextMetrics& metrics) {
-  const detail::SizedFace* face = impl_->Face(font);
+  const text_detail::SizedFace* face = impl_->Face(font);
   if (face == nullptr) {
     return false;
   }
@@ -381,11 +381,11 @@ bool FreeTypeFontMetrics::GetTextMetrics(const LogFont& font, TextMetrics& metri
 }
 
 TextExtent FreeTypeFontMetrics::GetTextExtent(const LogFont& font, std::string_view line) {
-  detail::SizedFace* face = impl_->Face(font);
+  text_detail::SizedFace* face = impl_->Face(font);
   if (face == nullptr) {
     return {};
   }
-  return {detail::SaturateToInt32(face->Width(line)), face->Metrics().height};
+  return {text_detail::SaturateToInt32(face->Width(line)), face->Metrics().height};
 }
 
 }  // namespace kalmor

@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/types.h"
+#include "kalmor/types.h"
 
 namespace kalmor {
 

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace kalmor::detail {
+namespace kalmor::dxf_detail {
 
 namespace {
 
@@ -149,4 +149,4 @@ char* AppendReal(char* out, double value) {
   return AppendShort(out, negative, static_cast<uint32_t>(whole), fraction);
 }
 
-}  // namespace kalmor::detail
+}  // namespace kalmor::dxf_detail
