@@ -138,10 +138,12 @@ class TapeBuilder final : public nlohmann::json_sax<Json> {
     }
     return PushWide(Token::Kind::kUnsigned, value);
   }
-  bool number_float(number_float_t value, const string_t& /*text*/) override {
+  bool number_float(number_float_t value, const string_t& text) override {
     uint64_t bits;
     std::memcpy(&bits, &value, sizeof bits);
-    return PushWide(Token::Kind::kReal, bits);
+    PushWide(Token::Kind::kReal, bits);
+    tape_.wide_.push_back(Store(text));
+    return true;
   }
   bool string(string_t& value) override {
     RestoreForeignBytes(value);
@@ -291,6 +293,13 @@ bool JsonTape::Parse(std::string_view text, SyntaxError& error) {
     strings_ = {};
   }
   return ok;
+}
+
+std::string_view JsonTape::NumberText(std::size_t index) const {
+  const uint64_t stored = wide_[(packed_[index] >> kPayloadShift) + 1];
+  uint32_t length = 0;
+  std::memcpy(&length, strings_.data() + stored, sizeof length);
+  return std::string_view(strings_).substr(stored + sizeof length, length);
 }
 
 Token JsonTape::operator[](std::size_t index) const {

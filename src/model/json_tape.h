@@ -59,6 +59,9 @@ class JsonTape {
   std::string_view Text(const Token& token) const {
     return std::string_view(strings_).substr(token.offset, token.size);
   }
+  // A real as the text writes it ("1.0", "2e3", or an integer too large for 64 bits), for
+  // complaints; `index` must be a kReal token.
+  std::string_view NumberText(std::size_t index) const;
 
  private:
   friend class TapeBuilder;
@@ -69,7 +72,8 @@ class JsonTape {
   static constexpr int kPayloadShift = 5;
 
   std::vector<uint64_t> packed_;
-  std::vector<uint64_t> wide_;  // numbers that do not fit a payload, as their bits
+  std::vector<uint64_t> wide_;  // numbers that do not fit a payload as their bits; a real is
+                                // followed by where its text is stored
   std::string strings_;         // each string is its 32-bit length, then its bytes
 };
 

@@ -41,6 +41,26 @@ void TapeReader::Expected(std::string_view what) const {
   Fail("expected " + std::string(what) + ", got " + Describe(Peek()));
 }
 
+void TapeReader::ExpectedInteger(std::string_view what) const {
+  if (PeekKind() == Token::Kind::kReal && !PeekInteger() && std::isfinite(Peek().real)) {
+    Fail("expected " + std::string(what) + ", got " + Describe(Peek()) + " (a real number)");
+  }
+  Expected(what);
+}
+
+bool TapeReader::PeekInteger() const {
+  switch (PeekKind()) {
+    case Token::Kind::kInteger:
+    case Token::Kind::kUnsigned:
+      return true;
+    case Token::Kind::kReal:
+      // An integer too large even for 64 bits is held as a real; it is still an integer.
+      return tape_.NumberText(at_).find_first_of(".eE") == std::string_view::npos;
+    default:
+      return false;
+  }
+}
+
 std::string TapeReader::Describe(const Token& token) const {
   switch (token.kind) {
     case Token::Kind::kObject:
@@ -57,14 +77,11 @@ std::string TapeReader::Describe(const Token& token) const {
       return std::to_string(token.integer);
     case Token::Kind::kUnsigned:
       return std::to_string(token.unsignedInteger);
-    case Token::Kind::kReal: {
+    case Token::Kind::kReal:
       if (!std::isfinite(token.real)) {
         return "a number too large to hold";
       }
-      char text[32];
-      std::snprintf(text, sizeof text, "%.17g", token.real);
-      return text;
-    }
+      return std::string(tape_.NumberText(at_));  // as written
     case Token::Kind::kBoolean:
       return token.boolean ? "true" : "false";
     case Token::Kind::kNull:
@@ -120,10 +137,8 @@ int32_t TapeReader::Int32() {
     ++at_;
     return static_cast<int32_t>(token.integer);
   }
-  if (token.kind == Token::Kind::kInteger || token.kind == Token::Kind::kUnsigned) {
-    Expected("an integer of 32 bits (-2147483648 to 2147483647)");
-  }
-  Expected("an integer");
+  ExpectedInteger(PeekInteger() ? "an integer of 32 bits (-2147483648 to 2147483647)"
+                                : "an integer");
 }
 
 int32_t TapeReader::Int32AtLeast(int32_t least, std::string_view what) {
@@ -133,8 +148,9 @@ int32_t TapeReader::Int32AtLeast(int32_t least, std::string_view what) {
 int32_t TapeReader::Int32Within(int32_t least, int32_t most, std::string_view what) {
   const Token token = Peek();
   if ((token.kind == Token::Kind::kInteger && (token.integer < least || token.integer > most)) ||
-      (token.kind == Token::Kind::kUnsigned && most < INT32_MAX)) {
-    Expected(what);
+      (token.kind == Token::Kind::kUnsigned && most < INT32_MAX) ||
+      (token.kind == Token::Kind::kReal && PeekInteger())) {
+    ExpectedInteger(what);
   }
   return Int32();
 }
@@ -148,7 +164,7 @@ int32_t TapeReader::Coordinate() {
 uint8_t TapeReader::Byte() {
   const Token token = Peek();
   if (token.kind != Token::Kind::kInteger || token.integer < 0 || token.integer > 255) {
-    Expected("an integer from 0 to 255");
+    ExpectedInteger("an integer from 0 to 255");
   }
   ++at_;
   return static_cast<uint8_t>(token.integer);
@@ -180,19 +196,34 @@ double TapeReader::NumberWithin(double least, double most, std::string_view what
       Expected("a number");
   }
   if (!(value >= least && value <= most)) {
-    Expected(what);
+    if (token.kind != Token::Kind::kReal) {
+      Expected(what);
+    }
+    // A real is quoted as the double it reads as.
+    char text[32];
+    std::snprintf(text, sizeof text, "%.17g", value);
+    Fail("expected " + std::string(what) + ", got " + text);
   }
   ++at_;
   return value;
 }
 
-std::string TapeReader::String() {
+std::string_view TapeReader::StringView() {
   const Token token = Peek();
   if (token.kind != Token::Kind::kString) {
     Expected("a string");
   }
   ++at_;
-  return std::string(tape_.Text(token));
+  return tape_.Text(token);
+}
+
+std::optional<int64_t> TapeReader::Integer() {
+  const Token token = Peek();
+  if (token.kind != Token::Kind::kInteger) {
+    return std::nullopt;
+  }
+  ++at_;
+  return token.integer;
 }
 
 CPoint TapeReader::Point() {
@@ -215,11 +246,8 @@ CRect TapeReader::Rect() {
   return {values[0], values[1], values[2], values[3]};
 }
 
-std::vector<CPoint> TapeReader::Points() {
-  std::vector<CPoint> points;
-  points.reserve(ListSize());
-  List([&](std::size_t) { points.push_back(Point()); });
-  return points;
+void TapeReader::Points(std::vector<CPoint>& points) {
+  ListInto(points, [&](CPoint& point) { point = Point(); });
 }
 
 }  // namespace kalmor::model::detail

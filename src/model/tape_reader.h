@@ -3,11 +3,9 @@
 // Typed, checked reading of a JsonTape, keeping the JSON pointer of the value being read so
 // that every complaint names where it is.
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,6 +14,7 @@
 #include "kalmor/types.h"
 #include "model/document_fault.h"
 #include "model/json_tape.h"
+#include "model/record_fields.h"
 
 namespace kalmor::model::detail {
 
@@ -31,6 +30,9 @@ class TapeReader {
  public:
   explicit TapeReader(const JsonTape& tape) : tape_(tape) { path_.reserve(32); }
 
+  // Every complaint says what and where.
+  static constexpr bool kComplains = true;
+
   Token Peek() const { return tape_[at_]; }
   Token::Kind PeekKind() const { return tape_.kind(at_); }
   std::size_t at() const { return at_; }
@@ -43,21 +45,24 @@ class TapeReader {
   [[noreturn]] void FailAt(std::string_view key, std::string message) const;
   // "expected <what>, got <what the value is>".
   [[noreturn]] void Expected(std::string_view what) const;
+  // The same where an integer belongs: a real is said to be one.
+  [[noreturn]] void ExpectedInteger(std::string_view what) const;
+  // Whether the value at the cursor is an integer, of any size.
+  bool PeekInteger() const;
 
-  // An object whose members are fields: `field(key)` reads the value and returns true, or
-  // returns false for a name it does not know. A name given twice is refused, and so is an
-  // object that lacks one of the `required` names.
-  template <typename Field>
-  void Record(std::initializer_list<std::string_view> required, Field&& field);
-  template <typename Field>
-  void Record(Field&& field) {
-    Record({}, std::forward<Field>(field));
-  }
+  // An object whose members are `fields`, each read into `target` by its own function. A name
+  // that is not a field, a field given twice and a missing required field are refused.
+  template <typename Reader, typename Target>
+  void Record(Fields<Reader, Target> fields, Reader& reader, Target& target);
   // An array of objects read one by one into `items`.
   template <typename T, typename Read>
   void ListInto(std::vector<T>& items, Read&& read) {
     items.reserve(items.size() + ListSize());
     List([&](std::size_t) { read(items.emplace_back()); });
+  }
+  template <typename T, typename Read>
+  void GrowingListInto(std::vector<T>& items, Read&& read) {
+    ListInto(items, std::forward<Read>(read));
   }
   // An object whose member names are free (a map): `entry(key)` reads each value.
   template <typename Entry>
@@ -65,14 +70,13 @@ class TapeReader {
   // An array: `element(index)` reads each element.
   template <typename Element>
   void List(Element&& element);
-  // The element count of the array at the cursor (refusing anything else).
-  std::size_t ListSize() const;
-  // Where the value of member `key` of the object at the cursor is, or 0 when it has none.
-  std::size_t FindMember(std::string_view key) const;
-  // Reads the value of member `key` found at `at` out of turn; the cursor stays where it is.
+  // Reads member `key` of the object at the cursor out of turn, before the others, when it has
+  // one; the cursor stays where it is.
   template <typename Read>
-  void ReadMemberAt(std::string_view key, std::size_t at, Read&& read);
+  bool ReadMemberFirst(std::string_view key, Read&& read);
 
+  // The integer at the cursor when it is one of 64 bits (consumed), else nothing (not).
+  std::optional<int64_t> Integer();
   int32_t Int32();
   int32_t Int32AtLeast(int32_t least, std::string_view what);
   int32_t Int32Within(int32_t least, int32_t most, std::string_view what);
@@ -80,12 +84,17 @@ class TapeReader {
   uint8_t Byte();
   bool Boolean();
   double NumberWithin(double least, double most, std::string_view what);
-  std::string String();
+  // The string at the cursor, valid as long as the tape.
+  std::string_view StringView();
   CPoint Point();
   CRect Rect();
-  std::vector<CPoint> Points();
+  void Points(std::vector<CPoint>& points);
 
  private:
+  std::size_t ListSize() const;
+  // Where the value of member `key` of the object at the cursor is, or 0 when it has none.
+  std::size_t FindMember(std::string_view key) const;
+
   struct Step {
     std::string_view key{};
     std::size_t index = 0;
@@ -100,32 +109,24 @@ class TapeReader {
   std::vector<Step> path_;
 };
 
-template <typename Field>
-void TapeReader::Record(std::initializer_list<std::string_view> required, Field&& field) {
+template <typename Reader, typename Target>
+void TapeReader::Record(Fields<Reader, Target> fields, Reader& reader, Target& target) {
   EnterObject();
-  // Real records have far fewer fields; past this many, every further name is unknown or
-  // repeats one of these.
-  std::array<std::string_view, 32> seen;
-  std::size_t count = 0;
+  uint64_t given = 0;
   while (PeekKind() != Token::Kind::kEnd) {
-    const std::string_view key = TakeKey();
-    for (std::size_t i = 0; i < count; ++i) {
-      if (seen[i] == key) {
-        Fail("field given twice");
-      }
-    }
-    if (count < seen.size()) {
-      seen[count++] = key;
-    }
-    if (!field(key)) {
+    const std::size_t index = FieldIndex(fields, TakeKey());
+    if (index == fields.size()) {
       Fail("unknown field");
     }
+    if ((given & FieldBit(index)) != 0) {
+      Fail("field given twice");
+    }
+    given |= FieldBit(index);
+    fields[index].read(reader, target);
     path_.pop_back();
   }
-  for (const std::string_view name : required) {
-    if (std::find(seen.begin(), seen.begin() + count, name) == seen.begin() + count) {
-      FailAt(name, "required, but missing");
-    }
+  if (const auto* missing = FirstMissing(fields, given)) {
+    FailAt(missing->name, "required, but missing");
   }
   ++at_;
 }
@@ -154,13 +155,18 @@ void TapeReader::List(Element&& element) {
 }
 
 template <typename Read>
-void TapeReader::ReadMemberAt(std::string_view key, std::size_t at, Read&& read) {
+bool TapeReader::ReadMemberFirst(std::string_view key, Read&& read) {
+  const std::size_t at = FindMember(key);
+  if (at == 0) {
+    return false;
+  }
   const std::size_t back = at_;
   at_ = at;
   path_.push_back(Step{.key = key});
   read();
   path_.pop_back();
   at_ = back;
+  return true;
 }
 
 }  // namespace kalmor::model::detail

@@ -129,7 +129,7 @@ class OpenFace {
     if (const FT_Error error = FT_New_Face(library, file.path.c_str(), file.index, &face_)) {
       face_ = nullptr;
       throw EnvironmentError("cannot open font file \"" + file.path + "\" (face " +
-                          std::to_string(file.index) + "): " + FreeTypeReason(error));
+                             std::to_string(file.index) + "): " + FreeTypeReason(error));
     }
   }
   ~OpenFace() { FT_Done_Face(face_); }
@@ -151,14 +151,14 @@ class SizedFace {
     if (const FT_Error error = FT_New_Size(face_, &size_)) {
       size_ = nullptr;
       throw EnvironmentError("cannot size font file \"" + file.path + "\" at " +
-                          std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
+                             std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
     }
     FT_Activate_Size(size_);
     if (const FT_Error error = FT_Set_Pixel_Sizes(face_, 0, static_cast<FT_UInt>(pixelSize))) {
       FT_Done_Size(size_);
       size_ = nullptr;
       throw EnvironmentError("cannot size font file \"" + file.path + "\" at " +
-                          std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
+                             std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
     }
     latinAdvances_.fill(-1);
     ReadMetrics(pixelSize);
@@ -274,7 +274,8 @@ FontFile ResolveFontFile(const LogFont& font) {
     if (match != nullptr) {
       FcPatternDestroy(match);
     }
-    throw EnvironmentError("no font file found for face \"" + face + "\" (fontconfig has no fonts)");
+    throw EnvironmentError("no font file found for face \"" + face +
+                           "\" (fontconfig has no fonts)");
   }
   FontFile file;
   file.path = reinterpret_cast<const char*>(path);
@@ -327,10 +328,11 @@ struct FreeTypeFontMetrics::Impl {
     } else {
       auto face = faces.find(faceKey);
       if (face == faces.end()) {
-        face = faces.emplace(faceKey, std::make_unique<text_detail::OpenFace>(library, found)).first;
+        face =
+            faces.emplace(faceKey, std::make_unique<text_detail::OpenFace>(library, found)).first;
       }
-      recent.push_front(
-          {sizeKey, std::make_unique<text_detail::SizedFace>(face->second->get(), found, pixelSize)});
+      recent.push_front({sizeKey, std::make_unique<text_detail::SizedFace>(face->second->get(),
+                                                                           found, pixelSize)});
       sized.emplace(sizeKey, recent.begin());
       if (recent.size() > kMostSizes) {
         sized.erase(recent.back().key);

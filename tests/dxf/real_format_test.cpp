@@ -31,10 +31,10 @@ class Sweep {
  public:
   void Check(double value) {
     for (const double v : {value, -value}) {
-      char ours[detail::kMaxRealChars];
+      char ours[dxf_detail::kMaxRealChars];
       char theirs[400];
       const auto n = static_cast<std::size_t>(std::snprintf(theirs, sizeof theirs, "%8.4f", v));
-      const char* end = detail::AppendReal(ours, v);
+      const char* end = dxf_detail::AppendReal(ours, v);
       ++checked_;
       if ((static_cast<std::size_t>(end - ours) != n || std::memcmp(ours, theirs, n) != 0) &&
           ++mismatches_ <= 10) {

@@ -155,6 +155,33 @@ TEST(HostileDocumentsTest, NestingAHundredThousandDeepIsRefusedWithItsPlace) {
   }
 }
 
+// A place deeper than a message can show keeps its first and last steps and says how many
+// steps lie between.
+TEST(HostileDocumentsTest, DeepPlacesAreShortenedInTheMiddle) {
+  const std::string longName(300, 'k');
+  const struct {
+    const char* what;
+    std::string json;
+    const char* starts;
+    const char* ends;
+  } cases[] = {
+      {"arrays left open", R"({"kalmor_design": 1, "schematics": )" + Repeat("[", kDeep),
+       ": /schematics/0/0/0/", "/0/0/0: not valid JSON"},
+      {"objects of long names",
+       R"({"kalmor_design": 1, "name": "D", "schematics": [], "x": )" +
+           Repeat(R"({")" + longName + R"(": )", kDeep) + "1",
+       ": /x/kkkk", "kkk...: not valid JSON"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const std::string message = ReadError(c.json);
+    EXPECT_LT(message.size(), 400u) << message;
+    EXPECT_THAT(message, HasSubstr(c.starts));
+    EXPECT_THAT(message, HasSubstr(c.ends));
+    EXPECT_THAT(message, HasSubstr(" more steps)..."));
+  }
+}
+
 // Texts of 20 MB where the export works through a whole text: a pin name (its overbars
 // converted) and a comment text (laid out in its box); the other kinds are long too.
 TEST(HostileDocumentsTest, TwentyMegabyteStringsAreReadAndWrittenCut) {

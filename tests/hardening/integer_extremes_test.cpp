@@ -107,6 +107,44 @@ TEST(IntegerExtremesTest, EveryFieldIsRefusedByNameOrExportedWhole) {
   }
 }
 
+// Every integer field given a real, or an integer beyond 64 bits: the complaint says which, and
+// quotes the number as the document writes it.
+TEST(IntegerExtremesTest, RealsAndHugeIntegersInIntegerFieldsAreNamedAsWritten) {
+  const json flat =
+      json::parse(ReadFileBytes(SourceDir() / "tests/hardening/data/every_field.json")).flatten();
+  constexpr int64_t kMarker = 987654321;  // stands where the number goes, once
+  const struct {
+    const char* written;
+    const char* said;
+  } numbers[] = {
+      {"1.0", "got 1.0 (a real number)"},
+      {"-25e-1", "got -25e-1 (a real number)"},
+      {"18446744073709551616", "got 18446744073709551616"},
+  };
+  for (const auto& [pointer, value] : flat.items()) {
+    if (!value.is_number_integer()) {
+      continue;
+    }
+    json document = flat;
+    document[pointer] = kMarker;
+    const std::string text = document.unflatten().dump();
+    const std::size_t at = text.find(std::to_string(kMarker));
+    for (const auto& number : numbers) {
+      SCOPED_TRACE(pointer + " = " + number.written);
+      std::string changed = text;
+      changed.replace(at, std::to_string(kMarker).size(), number.written);
+      try {
+        model::ReadDesignDocument(changed, "every.json");
+        ADD_FAILURE() << "read without complaint";
+      } catch (const model::DesignDocumentError& error) {
+        const std::string message = error.what();
+        EXPECT_THAT(message, ::testing::HasSubstr(pointer + ": expected "));
+        EXPECT_TRUE(message.ends_with(number.said)) << message;
+      }
+    }
+  }
+}
+
 // Every place of the document at the edge of its range at once, with the scale factor at its
 // own edge: the sums of the page arithmetic stay inside 32 bits (the sanitizer build checks).
 TEST(IntegerExtremesTest, PlacesAtTheEdgesOfTheirRangeExportWithoutOverflow) {
