@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_dir.h"
 #include "dxf/layers.h"
 #include "dxf/line_records.h"
 #include "dxf/output_file.h"
@@ -194,12 +195,7 @@ void WriteWithBaseline(const Page& page, const std::string& path) {
 
 struct Fixture {
   Fixture() : page(MakePage(20000)) {
-    char pattern[] = "/tmp/kalmor_bench_XXXXXX";
-    if (mkdtemp(pattern) == nullptr) {
-      std::perror("mkdtemp");
-      std::abort();
-    }
-    dir = pattern;
+    dir = kalmor::bench::MakeBenchDir("writer");
     // Both ways must write the same file, or the comparison means nothing.
     WriteWithWriter(page, (dir / "writer.dxf").string());
     WriteWithBaseline(page, (dir / "baseline.dxf").string());

@@ -46,10 +46,11 @@ class OnDemandReader {
   template <typename T, typename Read>
   void ListInto(std::vector<T>& items, Read&& read);
   // The same for an array of large elements (schematics, pages, parts), which costs less to let
-  // grow than to pass over twice.
+  // grow, then fit, than to pass over twice.
   template <typename T, typename Read>
   void GrowingListInto(std::vector<T>& items, Read&& read) {
     List([&](std::size_t) { read(items.emplace_back()); });
+    items.shrink_to_fit();
   }
   template <typename Entry>
   void Map(Entry&& entry);

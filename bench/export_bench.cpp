@@ -1,0 +1,146 @@
+// The whole command against a plain writer: `kalmor export` of a page of 200,000 wires (read the
+// document, walk the page, write the file) and, as the baseline, a small program that only
+// formats and writes the same wire records with snprintf (wires_snprintf_baseline). Both run as
+// processes; their files are compared once before timing. The export should take at most half
+// the baseline's time. Beside the real time, each reports the processor time its processes used
+// (user and system), which a machine shared with other work leaves steadier.
+
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "bench_dir.h"
+#include "timing_reporter.h"
+#include "wire_page.h"
+
+extern char** environ;
+
+namespace {
+
+constexpr int64_t kWires = 200000;
+
+// Runs a program with `arguments` and its output thrown away; false unless it exits with 0.
+// Adds the processor seconds it used to `cpu`.
+bool Run(std::vector<std::string> arguments, double& cpu) {
+  std::vector<char*> argv;
+  for (std::string& argument : arguments) {
+    argv.push_back(argument.data());
+  }
+  argv.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  pid_t pid = 0;
+  const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  int status = 0;
+  rusage usage{};
+  while (spawned == 0 && wait4(pid, &status, 0, &usage) < 0 && errno == EINTR) {
+  }
+  const auto seconds = [](timeval t) { return static_cast<double>(t.tv_sec) + t.tv_usec * 1e-6; };
+  cpu += seconds(usage.ru_utime) + seconds(usage.ru_stime);
+  return spawned == 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+std::string ReadAll(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+struct Fixture {
+  Fixture() {
+    dir = kalmor::bench::MakeBenchDir("export");
+    document = (dir / "page.json").string();
+    std::ofstream(document, std::ios::binary) << kalmor::bench::WirePageDocument(kWires);
+    // The export's file is the baseline's records between the file's opening and closing texts.
+    double cpu = 0;
+    if (!Export(cpu) || !Baseline(cpu)) {
+      std::fprintf(stderr, "the command or the baseline failed\n");
+      std::abort();
+    }
+    const std::string exported = ReadAll(dir / "out_S_P.dxf");
+    const std::string records = ReadAll(dir / "baseline.dxf");
+    const std::string head =
+        " 0\r\nSECTION\r\n 2\r\nHEADER\r\n 9\r\n$ACADVER\r\n 1\r\nAC1009\r\n 0\r\nENDSEC\r\n"
+        " 0\r\nSECTION\r\n 2\r\nENTITIES\r\n";
+    if (exported != head + records + " 0\r\nENDSEC\r\n 0\r\nEOF\r\n") {
+      std::fprintf(stderr, "the export and the baseline wrote different wire records\n");
+      std::abort();
+    }
+    bytes = exported.size();
+  }
+  ~Fixture() { std::filesystem::remove_all(dir); }
+
+  bool Export(double& cpu) const {
+    return Run(
+        {KALMOR_CLI_PATH, "export", document, "-o", (dir / "out.dxf").string(), "--no-frame"}, cpu);
+  }
+  bool Baseline(double& cpu) const {
+    return Run({WIRES_BASELINE_PATH, std::to_string(kWires), (dir / "baseline.dxf").string()}, cpu);
+  }
+
+  std::filesystem::path dir;
+  std::string document;
+  std::size_t bytes = 0;
+};
+
+Fixture& Shared() {
+  static Fixture fixture;
+  return fixture;
+}
+
+// Processor seconds per run of each process, by benchmark.
+double g_exportCpu = 0;
+double g_baselineCpu = 0;
+
+template <bool (Fixture::*Process)(double&) const, double* kCpu>
+void BM_Process(benchmark::State& state) {
+  const Fixture& fixture = Shared();  // made before the timing starts
+  double cpu = 0;
+  for (auto _ : state) {
+    if (!(fixture.*Process)(cpu)) {
+      state.SkipWithError("the process failed");
+    }
+  }
+  *kCpu = cpu / static_cast<double>(state.iterations());
+  state.counters["process_cpu_ms"] = *kCpu * 1e3;
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * Shared().bytes));
+}
+BENCHMARK(BM_Process<&Fixture::Export, &g_exportCpu>)
+    ->Name("KalmorExport")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK(BM_Process<&Fixture::Baseline, &g_baselineCpu>)
+    ->Name("SnprintfBaseline")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  kalmor::bench::TimingReporter reporter;
+  kalmor::bench::RunAll(argc, argv, reporter);
+  const double exported = reporter.Seconds("KalmorExport/real_time");
+  const double baseline = reporter.Seconds("SnprintfBaseline/real_time");
+  if (exported > 0 && baseline > 0) {
+    std::printf(
+        "kalmor export of %lld wires (%.1f MB of DXF): %.0f ms (%.0f ms of processor); the "
+        "snprintf baseline writing the same wires alone: %.0f ms (%.0f ms); the export takes "
+        "%.2f of the baseline's time (%.2f of its processor time)\n",
+        static_cast<long long>(kWires), static_cast<double>(Shared().bytes) / 1e6, exported * 1e3,
+        g_exportCpu * 1e3, baseline * 1e3, g_baselineCpu * 1e3, exported / baseline,
+        g_exportCpu / g_baselineCpu);
+  }
+  return 0;
+}
