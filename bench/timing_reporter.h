@@ -18,19 +18,27 @@ class TimingReporter : public benchmark::ConsoleReporter {
       if (run.iterations > 0 && run.run_type == Run::RT_Iteration) {
         seconds_[run.benchmark_name()] =
             run.real_accumulated_time / static_cast<double>(run.iterations);
+        cpuSeconds_[run.benchmark_name()] =
+            run.cpu_accumulated_time / static_cast<double>(run.iterations);
       }
     }
     ConsoleReporter::ReportRuns(runs);
   }
 
   // Seconds per iteration of the named run, or 0 when a filter left it out.
-  double Seconds(const std::string& name) const {
-    const auto found = seconds_.find(name);
-    return found != seconds_.end() ? found->second : 0.0;
-  }
+  double Seconds(const std::string& name) const { return Find(seconds_, name); }
+  // The processor seconds (user and system) per iteration of this process's own work, which a
+  // machine shared with other work leaves steadier than the real time.
+  double CpuSeconds(const std::string& name) const { return Find(cpuSeconds_, name); }
 
  private:
+  static double Find(const std::map<std::string, double>& times, const std::string& name) {
+    const auto found = times.find(name);
+    return found != times.end() ? found->second : 0.0;
+  }
+
   std::map<std::string, double> seconds_;
+  std::map<std::string, double> cpuSeconds_;
 };
 
 // Runs every benchmark of the program with `reporter`.

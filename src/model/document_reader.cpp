@@ -812,7 +812,7 @@ class DocumentReader {
 
   void ReadParts(PageRead& read) {
     std::vector<PartInst>& parts = read.page.parts;
-    in_.GrowingListInto(parts, [&](PartInst& part) {
+    in_.ListInto(parts, [&](PartInst& part) {
       ReadPart(part, read.ids, read.schematic, read.index, parts.size() - 1);
     });
   }
@@ -840,7 +840,7 @@ class DocumentReader {
   void ReadPages(SchematicRead& read) {
     std::unordered_map<std::string, std::size_t> pageNames;
     std::vector<Page>& pages = read.schematic.pages;
-    in_.GrowingListInto(pages, [&](Page& page) {
+    in_.ListInto(pages, [&](Page& page) {
       const std::size_t index = pages.size() - 1;
       ReadPage(page, read.ids, read.index, index);
       if (const auto [first, added] = pageNames.emplace(page.name, index); !added) {
@@ -889,7 +889,7 @@ class DocumentReader {
   void ReadSchematics() {
     std::unordered_map<std::string, std::size_t> schematicNames;
     std::vector<Schematic>& schematics = data_.schematics;
-    in_.GrowingListInto(schematics, [&](Schematic& schematic) {
+    in_.ListInto(schematics, [&](Schematic& schematic) {
       const std::size_t index = schematics.size() - 1;
       ReadSchematic(schematic, index);
       if (const auto [first, added] = schematicNames.emplace(schematic.name, index); !added) {

@@ -5,7 +5,7 @@
 namespace kalmor::model::detail {
 namespace {
 
-class PointsIter final : public DboPolygonPointsIter {
+class PointsIter final : public DboPolygonPointsIter, public Recycled<PointsIter> {
  public:
   explicit PointsIter(std::span<const CPoint> points) : points_(points) {}
   DboState Next(CPoint& point) override {
@@ -21,7 +21,7 @@ class PointsIter final : public DboPolygonPointsIter {
   Sequence<CPoint> points_;
 };
 
-class MembersIter final : public DboSymbolVectorVectorsIter {
+class MembersIter final : public DboSymbolVectorVectorsIter, public Recycled<MembersIter> {
  public:
   explicit MembersIter(const GraphicList& members) : members_(members) {}
   const DboBaseObject* NextVector(DboState& state) override {
@@ -36,7 +36,7 @@ class MembersIter final : public DboSymbolVectorVectorsIter {
   Sequence<std::unique_ptr<DboBaseObject>> members_;
 };
 
-class VectorsIter final : public DboGraphicObjectVectorsIter {
+class VectorsIter final : public DboGraphicObjectVectorsIter, public Recycled<VectorsIter> {
  public:
   explicit VectorsIter(const GraphicList& vectors) : vectors_(vectors) {}
   const DboBaseObject* NextVector(DboState&) override { return vectors_.Next(); }

@@ -9,6 +9,80 @@ namespace kalmor::model::detail {
 using simdjson::ondemand::json_type;
 using simdjson::ondemand::number_type;
 
+namespace {
+
+// Integers and points are most of a document. The commonest of them, an integer of a few
+// digits and a point [x, y] of two, are read here straight from the text in JSON's grammar;
+// anything else is read by simdjson. A value read here is not consumed: the parser passes over
+// it when it moves on.
+
+bool IsSpace(char c) {
+  return c == ' ' || c == '\n' || c == '\r' || c == '\t';
+}
+
+const char* SkipSpace(const char* at) {
+  while (IsSpace(*at)) {
+    ++at;
+  }
+  return at;
+}
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// An integer of at most nine digits written at `at`: where it ends, or null when there is none
+// (a fraction, an exponent, a leading zero, more digits). The text is followed by padding, so
+// the scan always stops.
+const char* SmallInteger(const char* at, int32_t& value) {
+  constexpr int kMostDigits = 9;
+  const bool negative = *at == '-';
+  at += negative ? 1 : 0;
+  if (!IsDigit(*at)) {
+    return nullptr;
+  }
+  int32_t magnitude = *at++ - '0';
+  if (magnitude == 0 && IsDigit(*at)) {
+    return nullptr;
+  }
+  for (int digits = 1; magnitude != 0 && IsDigit(*at); ++at) {
+    if (++digits > kMostDigits) {
+      return nullptr;
+    }
+    magnitude = magnitude * 10 + (*at - '0');
+  }
+  if (*at == '.' || *at == 'e' || *at == 'E') {
+    return nullptr;
+  }
+  value = negative ? -magnitude : magnitude;
+  return at;
+}
+
+// The array of `N` small integers written at `at` ("[1, 2]"); false when it is anything else.
+template <std::size_t N>
+bool SmallIntegers(const char* at, int32_t (&values)[N]) {
+  if (*at != '[') {
+    return false;
+  }
+  for (std::size_t i = 0; i < N; ++i) {
+    at = SmallInteger(SkipSpace(at + 1), values[i]);
+    if (at == nullptr) {
+      return false;
+    }
+    at = SkipSpace(at);
+    if (*at != (i + 1 < N ? ',' : ']')) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool IsCoordinate(int32_t value) {
+  return value >= -kCoordinateLimit && value <= kCoordinateLimit;
+}
+
+}  // namespace
+
 void OnDemandReader::Fail(const std::string&) {
   Miss();
 }
@@ -101,6 +175,16 @@ std::optional<int64_t> OnDemandReader::Integer() {
 }
 
 int32_t OnDemandReader::Int32Within(int32_t least, int32_t most, std::string_view) {
+  // The token's text runs up to the next structural character: the integer, then spaces.
+  const std::string_view token = value_.raw_json_token();
+  if (int32_t small = 0; const char* end = SmallInteger(token.data(), small)) {
+    if (SkipSpace(end) == token.data() + token.size()) {
+      if (small < least || small > most) {
+        Miss();
+      }
+      return small;
+    }
+  }
   int64_t value = 0;
   Check(value_.get_int64().get(value));
   if (value < least || value > most) {
@@ -177,13 +261,27 @@ void OnDemandReader::Coordinates(int32_t (&values)[N]) {
 
 CPoint OnDemandReader::Point() {
   int32_t values[2];
-  Coordinates(values);
+  if (SmallIntegers(value_.raw_json_token().data(), values)) {
+    if (!IsCoordinate(values[0]) || !IsCoordinate(values[1])) {
+      Miss();
+    }
+  } else {
+    Coordinates(values);
+  }
   return {values[0], values[1]};
 }
 
 CRect OnDemandReader::Rect() {
   int32_t values[4];
-  Coordinates(values);
+  if (SmallIntegers(value_.raw_json_token().data(), values)) {
+    for (const int32_t value : values) {
+      if (!IsCoordinate(value)) {
+        Miss();
+      }
+    }
+  } else {
+    Coordinates(values);
+  }
   return {values[0], values[1], values[2], values[3]};
 }
 

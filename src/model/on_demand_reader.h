@@ -42,13 +42,10 @@ class OnDemandReader {
 
   template <typename Reader, typename Target>
   void Record(Fields<Reader, Target> fields, Reader& reader, Target& target);
-  // An array of objects read one by one into `items`, sized first by a pass over the array.
+  // An array of objects read one by one into `items`. Its length is not known before it is
+  // read, and a pass to count it costs more than letting the vector grow and fitting it after.
   template <typename T, typename Read>
-  void ListInto(std::vector<T>& items, Read&& read);
-  // The same for an array of large elements (schematics, pages, parts), which costs less to let
-  // grow, then fit, than to pass over twice.
-  template <typename T, typename Read>
-  void GrowingListInto(std::vector<T>& items, Read&& read) {
+  void ListInto(std::vector<T>& items, Read&& read) {
     List([&](std::size_t) { read(items.emplace_back()); });
     items.shrink_to_fit();
   }
@@ -138,18 +135,6 @@ void OnDemandReader::List(Element&& element) {
   for (auto item : array) {
     Check(std::move(item).get(value_));
     element(index++);
-  }
-}
-
-template <typename T, typename Read>
-void OnDemandReader::ListInto(std::vector<T>& items, Read&& read) {
-  simdjson::ondemand::array array = Array();
-  std::size_t count = 0;
-  Check(array.count_elements().get(count));
-  items.reserve(items.size() + count);
-  for (auto item : array) {
-    Check(std::move(item).get(value_));
-    read(items.emplace_back());
   }
 }
 

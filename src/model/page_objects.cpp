@@ -8,7 +8,7 @@
 namespace kalmor::model::detail {
 namespace {
 
-class DisplayPropsIter final : public DboDisplayPropsIter {
+class DisplayPropsIter final : public DboDisplayPropsIter, public Recycled<DisplayPropsIter> {
  public:
   explicit DisplayPropsIter(const DisplayPropList& props) : props_(props) {}
   const DboDisplayProp* NextProp(DboState&) override { return props_.Next(); }
@@ -17,7 +17,7 @@ class DisplayPropsIter final : public DboDisplayPropsIter {
   Sequence<DisplayProp> props_;
 };
 
-class PinsIter final : public DboPartInstPinsIter {
+class PinsIter final : public DboPartInstPinsIter, public Recycled<PinsIter> {
  public:
   explicit PinsIter(const std::vector<Pin>& pins) : pins_(pins) {}
   const DboPortInst* NextPin(DboState&) override { return pins_.Next(); }
@@ -26,7 +26,7 @@ class PinsIter final : public DboPartInstPinsIter {
   Sequence<Pin> pins_;
 };
 
-class JunctionsIter final : public DboWireJunctionsIter {
+class JunctionsIter final : public DboWireJunctionsIter, public Recycled<JunctionsIter> {
  public:
   explicit JunctionsIter(const std::vector<CPoint>& points) : points_(points) {}
   bool NextJunction(CPoint& point, DboState&) override {
@@ -41,7 +41,7 @@ class JunctionsIter final : public DboWireJunctionsIter {
   Sequence<CPoint> points_;
 };
 
-class AliasesIter final : public DboWireAliasesIter {
+class AliasesIter final : public DboWireAliasesIter, public Recycled<AliasesIter> {
  public:
   explicit AliasesIter(const std::vector<Alias>& aliases) : aliases_(aliases) {}
   const DboAlias* NextAlias(DboState&) override { return aliases_.Next(); }

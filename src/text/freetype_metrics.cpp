@@ -312,7 +312,8 @@ struct FreeTypeFontMetrics::Impl {
     if (pixelSize == 0) {
       return nullptr;
     }
-    if (last != nullptr && std::memcmp(&lastFont, &font, sizeof font) == 0) {
+    // A text is measured in its font with and without its width; the face is the same.
+    if (last != nullptr && SameFace(lastFont, font)) {
       return last;
     }
     const Style style{text_detail::FaceName(font), font.lfWeight, font.lfItalic != 0};
@@ -342,6 +343,14 @@ struct FreeTypeFontMetrics::Impl {
     lastFont = font;
     last = recent.front().face.get();
     return last;
+  }
+
+  // Whether two fonts are drawn from the same face at the same size: a face is chosen by its
+  // name, weight and slant, and sized by the height alone.
+  static bool SameFace(const LogFont& a, const LogFont& b) {
+    return a.lfHeight == b.lfHeight && a.lfWeight == b.lfWeight &&
+           (a.lfItalic != 0) == (b.lfItalic != 0) &&
+           std::strncmp(a.lfFaceName, b.lfFaceName, sizeof a.lfFaceName) == 0;
   }
 
   using Style = std::tuple<std::string, int32_t, bool>;  // face name, weight, italic

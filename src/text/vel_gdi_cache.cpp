@@ -3,6 +3,7 @@
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "text/font_metrics.h"
 
@@ -13,17 +14,22 @@ namespace {
 constexpr std::size_t kNumericBytes = 28;
 static_assert(offsetof(LogFont, lfFaceName) == kNumericBytes);
 
+}  // namespace
+
 // Two records match when their numeric fields are equal byte for byte and their faces are
-// equal up to the terminator (a face may fill all 32 bytes without one): exactly when these
-// keys are equal.
-std::string IdentityOf(const LogFont& font) {
-  const auto* bytes = reinterpret_cast<const char*>(&font);
-  std::string key(bytes, kNumericBytes);
-  key.append(font.lfFaceName, strnlen(font.lfFaceName, sizeof font.lfFaceName));
-  return key;
+// equal up to the terminator (a face may fill all 32 bytes without one): exactly when their
+// identities are equal.
+CVelGdiCache::Identity CVelGdiCache::IdentityOf(const LogFont& font) {
+  CVelGdiCache::Identity identity{};
+  std::memcpy(identity.data(), &font, kNumericBytes);
+  std::memcpy(identity.data() + kNumericBytes, font.lfFaceName,
+              strnlen(font.lfFaceName, sizeof font.lfFaceName));
+  return identity;
 }
 
-}  // namespace
+std::size_t CVelGdiCache::IdentityHash::operator()(const Identity& identity) const {
+  return std::hash<std::string_view>{}(std::string_view(identity.data(), identity.size()));
+}
 
 int32_t CVelGdiCache::Lookup(const LogFont& font) {
   LogFont copy = font;

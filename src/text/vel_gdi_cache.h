@@ -3,8 +3,9 @@
 // The application's font cache: every logical font a text shape has asked for, kept as a
 // normalised record under a stable index, and found again by a hash lookup.
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -24,9 +25,16 @@ class CVelGdiCache {
   int32_t Count() const { return static_cast<int32_t>(fonts_.size()); }
 
  private:
+  // A record's identity: its numeric fields and its face up to the terminator, the bytes
+  // after that zero.
+  using Identity = std::array<char, sizeof(LogFont)>;
+  struct IdentityHash {
+    std::size_t operator()(const Identity& identity) const;
+  };
+  static Identity IdentityOf(const LogFont& font);
+
   std::vector<LogFont> fonts_;
-  // Each record's identity (its numeric fields and its face up to the terminator) to its index.
-  std::unordered_map<std::string, int32_t> index_;
+  std::unordered_map<Identity, int32_t, IdentityHash> index_;  // identity to index
 };
 
 // The one cache of the application; it lives as long as the process and only grows.
