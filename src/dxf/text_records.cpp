@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <vector>
 
 #include "dxf/detail/piece.h"
+#include "kalmor/host_text.h"
 
 namespace kalmor {
 
@@ -12,15 +14,44 @@ using dxf_detail::WritePiece;
 
 namespace {
 
-// Longest text value a record carries.
-constexpr std::size_t kMaxTextChars = 250;
+// Longest text value a record carries, in bytes.
+constexpr std::size_t kMaxValueBytes = 250;
 // Between a host anchor and the text's base line, in drawing units.
 constexpr double kBaseLineGap = 0.03;
 
-// Text up to the first line break, at most 250 characters.
+// The longest start of a text that fits in a value and ends on a whole character, so that no
+// escape is cut in two.
+std::string_view ValuePart(std::string_view text) {
+  if (text.size() <= kMaxValueBytes) {
+    return text;
+  }
+  std::size_t end = 0;
+  while (end < text.size()) {
+    const std::size_t next = end + DecodeHostText(text.substr(end)).length;
+    if (next > kMaxValueBytes) {
+      break;
+    }
+    end = next;
+  }
+  return text.substr(0, end);
+}
+
+// Text up to the first line break, at most one value long.
 std::string_view SingleLine(std::string_view text) {
-  text = text.substr(0, kMaxTextChars);
+  text = ValuePart(text);
   return text.substr(0, text.find_first_of("\r\n"));
+}
+
+// A host text character by character: a byte, or an escape standing for one character.
+std::vector<std::string_view> Characters(std::string_view text) {
+  std::vector<std::string_view> characters;
+  characters.reserve(text.size());
+  while (!text.empty()) {
+    const std::size_t length = DecodeHostText(text).length;
+    characters.push_back(text.substr(0, length));
+    text.remove_prefix(length);
+  }
+  return characters;
 }
 
 void WriteTextPlacement(ByteSink& out, std::string_view layer, double x, double y, double height) {
@@ -144,7 +175,7 @@ void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const L
   if (breaks == 0) {
     WriteTextPlacement(out, layer, x, y, h);
     WriteAngle(out, angle);
-    WriteValue(out, std::string_view(text).substr(0, kMaxTextChars));
+    WriteValue(out, ValuePart(text));
     return;
   }
 
@@ -153,7 +184,7 @@ void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const L
   const std::string_view all(text);
   std::size_t start = 0;
   for (std::size_t i = all.find('\r'); i != std::string_view::npos; i = all.find('\r', start)) {
-    const std::string_view line = all.substr(start, std::min(i - start, kMaxTextChars));
+    const std::string_view line = ValuePart(all.substr(start, i - start));
     WriteTextPlacement(out, layer, x, y, h);
     WriteAngle(out, angle);
     if (line.empty()) {
@@ -178,37 +209,43 @@ void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const L
 
 std::string OverlineToDxf(const std::string& text) {
   // A backslash marks the character before it; a run of marked characters becomes one run
-  // between overscore toggles. The first character cannot be a mark.
-  const std::size_t length = text.size();
+  // between overscore toggles. The first character cannot be a mark. The backslash of an escape
+  // is part of its character, never a mark.
+  const std::vector<std::string_view> c = Characters(text);
+  const std::size_t length = c.size();
+  const auto isMark = [&](std::size_t i) { return c[i] == "\\"; };
   std::string result;
-  result.reserve(length + 8);
+  result.reserve(text.size() + 8);
+  // Characters [from, to) as they stand in the text.
+  const auto append = [&](std::size_t from, std::size_t to) {
+    for (std::size_t i = from; i < to; ++i) {
+      result += c[i];
+    }
+  };
   std::size_t copyStart = 0;
   for (std::size_t i = 1; i < length; ++i) {
-    if (text[i] != '\\') {
+    if (!isMark(i)) {
       continue;
     }
     // After "A\\" the copy start can pass i - 1; nothing is copied then.
-    if (copyStart < i - 1) {
-      result.append(text, copyStart, i - 1 - copyStart);
-    }
+    append(copyStart, i - 1);
     result += "%%o";
-    result += text[i - 1];
-    for (std::size_t j = i + 2; j < length && text[j] == '\\'; j += 2) {
+    result += c[i - 1];
+    for (std::size_t j = i + 2; j < length && isMark(j); j += 2) {
       i += 2;
-      result += text[j - 1];
+      result += c[j - 1];
     }
     result += "%%o";
     copyStart = i + 1;
   }
-  if (copyStart < length) {
-    result.append(text, copyStart);
-  }
+  append(copyStart, length);
   return result;
 }
 
 int32_t VisibleTextLength(const std::string& text) {
-  const auto marks = std::count(text.begin(), text.end(), '\\');
-  return static_cast<int32_t>(static_cast<std::ptrdiff_t>(text.size()) - marks);
+  const std::vector<std::string_view> c = Characters(text);
+  const auto marks = std::count(c.begin(), c.end(), "\\");
+  return static_cast<int32_t>(static_cast<std::ptrdiff_t>(c.size()) - marks);
 }
 
 }  // namespace kalmor

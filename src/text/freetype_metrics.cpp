@@ -17,6 +17,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "kalmor/host_text.h"
 #include "text/saturate.h"
 
 namespace kalmor {
@@ -51,58 +52,13 @@ std::string FaceName(const LogFont& font) {
   return {font.lfFaceName, strnlen(font.lfFaceName, sizeof font.lfFaceName)};
 }
 
-// Characters 0x80 to 0x9F of the Windows Latin-1 code page; the rest of its upper half is
-// Latin-1 itself.
-constexpr std::array<char32_t, 32> kWindowsLatin1High = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
-// The length of the well-formed UTF-8 sequence at the start of `s` and its code point, or 0.
-std::pair<std::size_t, char32_t> Utf8Sequence(std::string_view s) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(s[i]); };
-  const unsigned char lead = byte(0);
-  std::size_t length = 0;
-  char32_t cp = 0;
-  char32_t least = 0;
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2, cp = lead & 0x1F, least = 0x80;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3, cp = lead & 0x0F, least = 0x800;
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4, cp = lead & 0x07, least = 0x10000;
-  } else {
-    return {0, 0};
-  }
-  if (s.size() < length) {
-    return {0, 0};
-  }
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xC0) != 0x80) {
-      return {0, 0};
-    }
-    cp = (cp << 6) | (byte(i) & 0x3F);
-  }
-  if (cp < least || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
-    return {0, 0};
-  }
-  return {length, cp};
-}
-
-// Texts from design documents are UTF-8; a byte that starts no well-formed sequence is taken as
-// a Windows Latin-1 character, as the host's own texts are.
+// Texts come in the host's code page, with escapes for the characters it lacks.
 template <typename Visit>
 void ForEachCharacter(std::string_view text, Visit visit) {
   while (!text.empty()) {
-    const auto [length, cp] = Utf8Sequence(text);
-    if (length > 0) {
-      visit(cp);
-      text.remove_prefix(length);
-      continue;
-    }
-    const auto b = static_cast<unsigned char>(text.front());
-    visit(b >= 0x80 && b < 0xA0 ? kWindowsLatin1High[b - 0x80] : char32_t{b});
-    text.remove_prefix(1);
+    const TextCharacter c = DecodeHostText(text);
+    visit(c.code);
+    text.remove_prefix(c.length);
   }
 }
 
