@@ -84,7 +84,7 @@ double DxfTextHeight(int32_t fontHeight, double scale) {
 
 void DxfText(ByteSink& out, std::string_view layer, std::string text, const LogFont& font,
              RotationT rotation, double scale, int32_t x, int32_t y) {
-  const double h = DxfTextHeight(font.lfHeight, scale);
+  const double h = DxfTextHeight(font.HeightOrDefault(), scale);
   double px = Scaled(x, scale);
   double py = Scaled(y, scale);
   double angle = 0.0;
@@ -127,7 +127,7 @@ void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const L
   std::replace(text.begin(), text.end(), '\n', '\r');
   const auto breaks = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\r'));
 
-  const double h = DxfTextHeight(font.lfHeight, scale);
+  const double h = DxfTextHeight(font.HeightOrDefault(), scale);
   const int64_t left = std::min(x1, x2);
   const int64_t right = std::max(x1, x2);
   const int64_t top = std::min(y1, y2);

@@ -163,7 +163,7 @@ void DrawPolygon(const Placer& at, const DboBaseObject* object, bool closed) {
 void DrawCommentText(const Placer& at, const DboBaseObject* object) {
   DboState& st = at.state;
   LogFont font = DboCommentText::sGetFont(object, st);
-  font.lfHeight = at.Scaled(font.lfHeight);
+  font.lfHeight = at.Scaled(font.HeightOrDefault());
   font.lfWidth = at.Scaled(font.lfWidth);
   const CPoint corner = at.Scaled(CPoint{DboCommentText::sGetBoundingBoxLeft(object, st),
                                          DboCommentText::sGetBoundingBoxTop(object, st)});

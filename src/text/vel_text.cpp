@@ -71,6 +71,7 @@ LogFont NormaliseTextFont(const LogFont& font) {
   normal.lfOutPrecision = kOutPrecisionTrueTypeOnly;
   normal.lfClipPrecision = kClipPrecisionStroke;
   normal.lfQuality = kQualityDraft;
+  normal.lfHeight = font.HeightOrDefault();
   if (normal.lfHeight > 0) {
     normal.lfHeight = -normal.lfHeight;
   }

@@ -46,6 +46,15 @@ TEST(TextRecords, TextAtHostAnchorFollowsRotation) {
     EXPECT_EQ(GroupValues(out.bytes(), " 20"), c.y) << "rotation " << c.rotation;
     EXPECT_EQ(GroupValues(out.bytes(), " 50"), c.angle) << "rotation " << c.rotation;
   }
+
+  // A font height of 0 asks for the default height.
+  MemorySink zero, nine;
+  for (MemorySink* out : {&zero, &nine}) {
+    const LogFont font = Font(out == &zero ? 0 : -9);
+    DxfText(*out, "PARTTEXT", "U1", font, 0, 0.01, 100, 200);
+    DxfTextBox(*out, "PARTTEXT", "A\nB", font, 0, 0.01, 100, 300, 400, 1000);
+  }
+  EXPECT_EQ(zero.bytes(), nine.bytes());
 }
 
 TEST(TextRecords, SingleLineValuesStopAtTheFirstBreakAndAt250) {

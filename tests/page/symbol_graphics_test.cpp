@@ -130,6 +130,12 @@ TEST_F(SymbolGraphics, CommentTextGoesToPartTextLaidOutInItsMeasuredBox) {
   EXPECT_EQ(Render(R"({"type": "text", "rect": [10, 20, 60, 60], "text": "A\rB"})"),
             (Lines{"TEXT PARTTEXT 10=1.1000 20=1.7186 40=0.0514 1=A",
                    "TEXT PARTTEXT 10=1.1000 20=1.6086 40=0.0514 1=B"}));
+  // A height of 0 is the default height, scaled with the symbol.
+  const auto text = [](int height) {
+    return R"({"type": "text", "rect": [10, 20, 60, 60], "text": "A", "font": {"height": )" +
+           std::to_string(height) + "}}";
+  };
+  EXPECT_EQ(Render(text(0), 0, 0, 2.0), Render(text(-9), 0, 0, 2.0));
 }
 
 }  // namespace
