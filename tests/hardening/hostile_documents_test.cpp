@@ -13,7 +13,6 @@
 #include <string>
 #include <vector>
 
-#include "cli/run_kalmor.h"
 #include "export/dxf_export.h"
 #include "hardening/dxf_page_check.h"
 #include "hardening/export_in_memory.h"
@@ -287,13 +286,6 @@ TEST(HostileDocumentsTest, FileThatCannotBeReadIsNamedWithTheReason) {
       EXPECT_EQ(std::string(error.what()), path + reason);
     }
   }
-  // The command reads designs and DXF files alike.
-  const CommandResult check = RunKalmor({"check", folder});
-  EXPECT_EQ(check.status, 1);
-  EXPECT_EQ(check.err, "kalmor: " + folder + ": cannot read: Is a directory\n");
-  const CommandResult render = RunKalmor({"render", folder, "-o", (temp / "x.svg").string()});
-  EXPECT_EQ(render.status, 1);
-  EXPECT_EQ(render.err, "kalmor: cannot read " + folder + ": Is a directory\n");
 }
 
 }  // namespace
