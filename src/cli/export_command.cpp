@@ -8,8 +8,8 @@
 #include "cli/interruption.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
-#include "export/dxf_export.h"
 #include "export/output_names.h"
+#include "kalmor/export.h"
 #include "render/svg_render.h"
 
 namespace kalmor::cli {
@@ -35,7 +35,8 @@ std::string SvgPathFor(const std::string& dxfPath) {
 
 void WriteSvgBeside(const std::string& dxfPath) {
   const std::string svgPath = SvgPathFor(dxfPath);
-  BeginOutput({svgPath, false,
+  BeginOutput({svgPath,
+               false,
                "kalmor: interrupted while writing " +
                    Printable(Shortened(svgPath, kLongestPathShown)) +
                    ", which was removed; every page file was completed\n",
@@ -49,8 +50,7 @@ void WriteSvgBeside(const std::string& dxfPath) {
 int RunExport(const ExportOptions& options) {
   const LoadedDesign loaded(options.design);
   const std::string outputPath = OutputPath(options);
-  const std::vector<PlannedPage> pages =
-      PlanPageFiles(loaded.design(), MakeOutputStem(outputPath));
+  const std::vector<PlannedPage> pages = PlanPageFiles(loaded.design(), MakeOutputStem(outputPath));
 
   // Refused all before anything is written, so that an export never stops half-way on them.
   std::vector<std::string> refusals;

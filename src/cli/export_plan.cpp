@@ -8,15 +8,15 @@
 #include <unordered_map>
 
 #include "cli/terminal_ui.h"
-#include "export/dxf_export.h"
 #include "export/output_names.h"
+#include "kalmor/export.h"
 
 namespace kalmor::cli {
 namespace {
 
 std::string PageLabel(const PlannedPage& page) {
-  return "schematic \"" + Shortened(page.schematicName) + "\", page \"" +
-         Shortened(page.pageName) + "\"";
+  return "schematic \"" + Shortened(page.schematicName) + "\", page \"" + Shortened(page.pageName) +
+         "\"";
 }
 
 // The longest file name (one component) the folder of `path` takes; 255 on Linux's own file
@@ -30,8 +30,8 @@ std::size_t LongestComponent(const std::string& path) {
 // Why the system would refuse `file` for its length, if it would.
 std::string LengthProblem(std::string_view file, std::size_t longestComponent) {
   if (file.size() >= PATH_MAX) {
-    return "its path would be " + std::to_string(file.size()) + " bytes long, and the system takes " +
-           std::to_string(PATH_MAX - 1);
+    return "its path would be " + std::to_string(file.size()) +
+           " bytes long, and the system takes " + std::to_string(PATH_MAX - 1);
   }
   std::size_t longest = 0;
   for (std::size_t start = 0; start <= file.size();) {
@@ -51,20 +51,19 @@ std::string LengthProblem(std::string_view file, std::size_t longestComponent) {
 std::vector<PlannedPage> PlanPageFiles(const DboDesign& design, const std::string& stem) {
   std::vector<PlannedPage> pages;
   DboState state;
-  VisitDesignPages(design, state,
-                   [&](const DboPage& page, const DboInstOccurrence*, const std::string& schematic) {
-                     std::string pageName;
-                     page.GetName(pageName, state);
-                     pages.push_back({schematic, std::move(pageName),
-                                      MakePageFileName(stem, schematic, page)});
-                   });
+  VisitDesignPages(
+      design, state,
+      [&](const DboPage& page, const DboInstOccurrence*, const std::string& schematic) {
+        std::string pageName;
+        page.GetName(pageName, state);
+        pages.push_back({schematic, std::move(pageName), MakePageFileName(stem, schematic, page)});
+      });
   return pages;
 }
 
 std::vector<std::string> FindFileNameRefusals(const std::vector<PlannedPage>& pages) {
   std::vector<std::string> refusals;
-  const std::size_t longestComponent =
-      pages.empty() ? 255 : LongestComponent(pages.front().file);
+  const std::size_t longestComponent = pages.empty() ? 255 : LongestComponent(pages.front().file);
   for (const PlannedPage& page : pages) {
     if (const std::string problem = LengthProblem(page.file, longestComponent); !problem.empty()) {
       refusals.push_back(PageLabel(page) + ": " + problem);

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "cli/files.h"
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 
 namespace kalmor::model {
 class Design;

@@ -17,7 +17,8 @@ bool PrepareProcess() {
   }
   std::signal(SIGXFSZ, SIG_IGN);
   rlimit descriptors{};
-  if (::getrlimit(RLIMIT_NOFILE, &descriptors) == 0 && descriptors.rlim_cur < descriptors.rlim_max) {
+  if (::getrlimit(RLIMIT_NOFILE, &descriptors) == 0 &&
+      descriptors.rlim_cur < descriptors.rlim_max) {
     descriptors.rlim_cur = descriptors.rlim_max;
     ::setrlimit(RLIMIT_NOFILE, &descriptors);
   }

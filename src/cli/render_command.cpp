@@ -11,7 +11,8 @@ int RunRender(const std::string& input, const std::string& output) {
   RefuseSameFile(output, dxf.identity(), input);
   const std::string svg = RenderDxfToSvg(dxf, input);
   const OutputTracking tracking;
-  BeginOutput({output, false,
+  BeginOutput({output,
+               false,
                "kalmor: interrupted while writing " +
                    Printable(Shortened(output, kLongestPathShown)) + ", which was removed\n",
                {}});

@@ -121,8 +121,7 @@ void TerminalUserInterface::ShowExportProgress(const ExportProgress& progress) {
   // Carriage return and erase-to-end-of-line rewrite the same line for every page.
   std::cerr << "\rpage " << progress.index << " of " << progress.count << ": "
             << Printable(Shortened(progress.schematicName)) << " / "
-            << Printable(Shortened(progress.pageName))
-            << "\x1b[K" << std::flush;
+            << Printable(Shortened(progress.pageName)) << "\x1b[K" << std::flush;
   progressShown_ = true;
 }
 
@@ -179,8 +178,8 @@ std::string ListedNames(const std::vector<std::string>& names) {
 }
 
 std::string DescribeUnusableName(const UnusableName& name) {
-  return "schematic \"" + Shortened(name.schematicName) + "\", page \"" +
-         Shortened(name.pageName) + "\": " + name.reason;
+  return "schematic \"" + Shortened(name.schematicName) + "\", page \"" + Shortened(name.pageName) +
+         "\": " + name.reason;
 }
 
 }  // namespace kalmor::cli

@@ -11,7 +11,7 @@
 
 #include "cli/files.h"
 #include "export/output_names.h"
-#include "host/user_interface.h"
+#include "kalmor/user_interface.h"
 
 namespace kalmor::cli {
 

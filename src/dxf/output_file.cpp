@@ -32,38 +32,8 @@ int WriteFully(int fd, const char* data, std::size_t size, std::size_t& done) {
   return 0;
 }
 
-// The message escapes control characters of the path: a NUL in it would otherwise end the
-// message early for anyone reading what() as a C string, and take the reason with it.
-std::string ShownPath(std::string_view path) {
-  std::string shown;
-  for (const char c : path) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7f) {
-      static constexpr char kHex[] = "0123456789abcdef";
-      shown += {'\\', 'x', kHex[byte >> 4], kHex[byte & 0xf]};
-    } else {
-      shown += c;
-    }
-  }
-  return shown;
-}
-
-}  // namespace
-
-FileError::FileError(std::string path, std::string reason, int systemError)
-    : std::runtime_error("cannot write " + ShownPath(path) + ": " + reason),
-      path_(std::move(path)),
-      reason_(std::move(reason)),
-      systemError_(systemError) {}
-
-FileError FileError::FromSystem(std::string path, int systemError) {
-  return FileError(std::move(path), std::strerror(systemError), systemError);
-}
-
-namespace {
-
-// Why `path` could not be opened for writing: the links, sockets and pipes that the open
-// refuses on purpose get words of their own rather than the system's puzzling ones.
+// Why `path` could not be opened for writing: the links and sockets that the open refuses on
+// purpose get words of their own rather than the system's puzzling ones.
 FileError OpenRefusal(const std::string& path, int error) {
   struct stat info {};
   if ((error == ELOOP || error == ENXIO) && ::lstat(path.c_str(), &info) == 0) {
@@ -74,7 +44,7 @@ FileError OpenRefusal(const std::string& path, int error) {
       return FileError(path, "it is a socket, not a file", error);
     }
   }
-  return FileError::FromSystem(path, error);
+  return FileError(path, error);
 }
 
 }  // namespace
@@ -83,36 +53,42 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path)), buffer_(kBuff
   // A link at the target is not followed: one planted in a shared folder would send the page
   // to any file the user can write. Opening without blocking keeps a named pipe with no reader
   // from hanging the export before it is refused below.
-  const int fd = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+  const int fd =
+      ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
   if (fd < 0) {
     throw OpenRefusal(path_, errno);
   }
-  const auto refuse = [&](const FileError& error) {
+  const auto refuse = [&](int error) {
     ::close(fd);
-    throw error;
+    throw FileError(path_, error);
   };
   // Only a regular file is locked and emptied: a device (/dev/null, /dev/full) is written as it
-  // is. A named pipe would hang the export or swallow a page while reporting success. The lock
-  // comes first so that a file another export is still writing is refused before anything in
-  // it is lost.
+  // is. A named pipe would hang the export, or swallow a page while success is reported. The
+  // lock comes first so that a file another export is still writing is refused before anything
+  // in it is lost.
   struct stat info {};
   if (::fstat(fd, &info) != 0) {
-    refuse(FileError::FromSystem(path_, errno));
+    refuse(errno);
   }
   if (S_ISFIFO(info.st_mode)) {
-    refuse(FileError(path_, "it is a named pipe, not a file"));
+    ::close(fd);
+    throw FileError(path_, "it is a named pipe, not a file");
   }
   if (S_ISREG(info.st_mode)) {
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
-      refuse(errno == EWOULDBLOCK ? FileError(path_, "held by another process", errno)
-                                  : FileError::FromSystem(path_, errno));
+      if (errno == EWOULDBLOCK) {
+        ::close(fd);
+        throw FileError(path_, "held by another process", EWOULDBLOCK);
+      }
+      refuse(errno);
     }
     if (::ftruncate(fd, 0) != 0) {
-      refuse(FileError::FromSystem(path_, errno));
+      refuse(errno);
     }
   }
-  if (const int flags = ::fcntl(fd, F_GETFL); flags < 0 || ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
-    refuse(FileError::FromSystem(path_, errno));
+  if (const int flags = ::fcntl(fd, F_GETFL);
+      flags < 0 || ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+    refuse(errno);
   }
   fd_ = fd;
 }
@@ -170,7 +146,7 @@ void OutputFile::Flush() {
   if (const int error = WriteFully(fd_, buffer_.data(), used_, done); error != 0) {
     std::memmove(buffer_.data(), buffer_.data() + done, used_ - done);
     used_ -= done;
-    throw FileError::FromSystem(path_, error);
+    throw FileError(path_, error);
   }
   used_ = 0;
 }
@@ -198,14 +174,14 @@ void OutputFile::Close() {
   // After EINTR the descriptor is gone all the same; anything else is a real failure (a
   // network file system reporting a late write error, for one).
   if (::close(fd) != 0 && errno != EINTR) {
-    throw FileError::FromSystem(path_, errno);
+    throw FileError(path_, errno);
   }
 }
 
 void OutputFile::WriteAll(const char* data, std::size_t size) {
   std::size_t done = 0;
   if (const int error = WriteFully(fd_, data, size, done); error != 0) {
-    throw FileError::FromSystem(path_, error);
+    throw FileError(path_, error);
   }
 }
 

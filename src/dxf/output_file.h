@@ -1,34 +1,17 @@
 #pragma once
 
 // The output file of one page: created or replaced, opened read-write and exclusively, written
-// through its own buffer. A symbolic link or a named pipe at the path is refused. Every failure (create, write, flush, close) is a FileError that names
+// through its own buffer. Every failure (create, write, flush, close) is a FileError that names
 // the path and the operating system's reason; nothing is lost silently.
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "dxf/byte_sink.h"
+#include "kalmor/errors.h"
 
 namespace kalmor {
-
-class FileError : public std::runtime_error {
- public:
-  // `systemError`: the errno behind the failure, 0 when it is not the system's.
-  FileError(std::string path, std::string reason, int systemError = 0);
-  // The system's own words for `systemError`.
-  static FileError FromSystem(std::string path, int systemError);
-
-  const std::string& path() const { return path_; }
-  const std::string& reason() const { return reason_; }
-  int systemError() const { return systemError_; }
-
- private:
-  std::string path_;
-  std::string reason_;
-  int systemError_;
-};
 
 class OutputFile final : public ByteSink {
  public:

@@ -1,4 +1,4 @@
-#include "export/dxf_export.h"
+#include "kalmor/export.h"
 
 #include <sys/stat.h>
 
@@ -90,7 +90,7 @@ class HeldPages {
     try {
       return OutputFile(path);
     } catch (const FileError& error) {
-      const bool outOfDescriptors = error.systemError() == EMFILE || error.systemError() == ENFILE;
+      const bool outOfDescriptors = error.errorNumber() == EMFILE || error.errorNumber() == ENFILE;
       if (!outOfDescriptors || files_.empty()) {
         throw;
       }
