@@ -37,8 +37,7 @@ void WriteSvgBeside(const std::string& dxfPath) {
   const std::string svgPath = SvgPathFor(dxfPath);
   BeginOutput({svgPath,
                false,
-               "kalmor: interrupted while writing " +
-                   Printable(Shortened(svgPath, kLongestPathShown)) +
+               "kalmor: interrupted while writing " + Shortened(svgPath, kLongestPathShown) +
                    ", which was removed; every page file was completed\n",
                {}});
   InputFile dxf(dxfPath);

@@ -13,8 +13,8 @@ int RunRender(const std::string& input, const std::string& output) {
   const OutputTracking tracking;
   BeginOutput({output,
                false,
-               "kalmor: interrupted while writing " +
-                   Printable(Shortened(output, kLongestPathShown)) + ", which was removed\n",
+               "kalmor: interrupted while writing " + Shortened(output, kLongestPathShown) +
+                   ", which was removed\n",
                {}});
   WriteWholeFile(output, svg);
   return kDone;

@@ -13,7 +13,7 @@ namespace kalmor::cli {
 namespace {
 
 std::string ShownPath(std::string_view path) {
-  return Printable(Shortened(path, kLongestPathShown));
+  return Shortened(path, kLongestPathShown);
 }
 
 // "page 1 of 3 was completed (a.dxf)", "pages 1 to 2 of 3 were completed (a.dxf to b.dxf)"
@@ -120,8 +120,8 @@ void TerminalUserInterface::ShowExportProgress(const ExportProgress& progress) {
   }
   // Carriage return and erase-to-end-of-line rewrite the same line for every page.
   std::cerr << "\rpage " << progress.index << " of " << progress.count << ": "
-            << Printable(Shortened(progress.schematicName)) << " / "
-            << Printable(Shortened(progress.pageName)) << "\x1b[K" << std::flush;
+            << Shortened(progress.schematicName) << " / " << Shortened(progress.pageName)
+            << "\x1b[K" << std::flush;
   progressShown_ = true;
 }
 
@@ -155,14 +155,13 @@ void TrackPageFile(const std::string& path) {
 
 std::string Shortened(std::string_view text, std::size_t longest) {
   if (text.size() <= longest) {
-    return std::string(text);
+    return Printable(text);
   }
   constexpr std::string_view kCut = "...";
   const std::size_t kept = (longest - kCut.size()) / 2;
   const std::size_t headEnd = CharacterStart(text, kept);
   const std::size_t tailStart = CharacterStart(text, text.size() - kept);
-  return std::string(text.substr(0, headEnd)) + std::string(kCut) +
-         std::string(text.substr(tailStart));
+  return Printable(text.substr(0, headEnd)) + std::string(kCut) + Printable(text.substr(tailStart));
 }
 
 std::string ListedNames(const std::vector<std::string>& names) {

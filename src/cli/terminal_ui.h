@@ -65,7 +65,8 @@ inline constexpr std::size_t kLongestNameShown = 64;
 inline constexpr std::size_t kLongestPathShown = 256;
 
 // `text` cut in the middle when it is longer than `longest` bytes: its beginning, "...", and
-// its end, at character boundaries. Messages never grow with the names of a design.
+// its end, at character boundaries; control characters escaped as Printable does. Messages
+// never grow with the names of a design, and a NUL in a name cannot cut a message short.
 std::string Shortened(std::string_view text, std::size_t longest = kLongestNameShown);
 
 // At most a dozen names, shortened and quoted, separated by commas; "and N more" says how many

@@ -163,6 +163,7 @@ TEST_F(CommandPoliciesTest, MessagesStayShortWhateverTheNames) {
   for (int i = 0; i < 30; ++i) {
     many.push_back({"SCHEMATIC" + std::to_string(i), "P"});
   }
+  const std::string nul = Write("nul.json", Design({{"A\\u0000B", "P"}}));
   const std::string longName(100000, 'x');
   const std::string longPage = Write("page.json", Design({{"S", longName}}));
   fs::create_directory(temp / "out");
@@ -175,6 +176,8 @@ TEST_F(CommandPoliciesTest, MessagesStayShortWhateverTheNames) {
        "has no page \"xxx"},
       {{"export", Write("long.json", Design({{"S", "P"}}, longName)), "-o", In("out")},
        "COMPLETE: xxx"},
+      {{"page", nul, "--schematic", "NONE", "--page", "P", "-o", In("x.dxf")},
+       "(it has: \"A\\x00B\")\n"},
   };
   for (const auto& [arguments, message] : cases) {
     const CommandResult result = RunKalmor(arguments);
