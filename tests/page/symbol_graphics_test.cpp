@@ -81,6 +81,13 @@ TEST_F(SymbolGraphics, DrawsEachKindAtTheUnturnedPlacement) {
            {"type": "polyline", "points": [[0, 0], [10, 0]], "width": 3},
            {"type": "arc", "rect": [0, 0, 20, 20], "start": [20, 10], "end": [10, 0]}]})",
        {kOpen, Vertex("10=1.0500 20=1.9500"), Vertex("10=1.1500 20=1.9500"), kEnd}},
+      // By type code alone: drawn from the host's zero answers, and so at the origin.
+      {R"({"type": 40})",
+       {kClosed, Vertex("10=1.0000 20=2.0000"), Vertex("10=1.0000 20=2.0000"),
+        Vertex("10=1.0000 20=2.0000"), Vertex("10=1.0000 20=2.0000"), kEnd}},
+      {R"({"type": 44})", {kClosed, kEnd}},
+      {R"({"type": 45})", {kOpen, kEnd}},
+      {R"({"type": 48})", {}},
       {R"({"type": 99})", {}},
   };
   for (const KindCase& c : cases) {
