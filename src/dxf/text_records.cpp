@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <vector>
 
 #include "dxf/detail/piece.h"
 #include "kalmor/host_text.h"
@@ -42,16 +41,14 @@ std::string_view SingleLine(std::string_view text) {
   return text.substr(0, text.find_first_of("\r\n"));
 }
 
-// A host text character by character: a byte, or an escape standing for one character.
-std::vector<std::string_view> Characters(std::string_view text) {
-  std::vector<std::string_view> characters;
-  characters.reserve(text.size());
-  while (!text.empty()) {
-    const std::size_t length = DecodeHostText(text).length;
-    characters.push_back(text.substr(0, length));
-    text.remove_prefix(length);
-  }
-  return characters;
+// Where the character that starts at `at` ends: after one byte, or after a whole escape.
+std::size_t NextCharacter(std::string_view text, std::size_t at) {
+  return at + DecodeHostText(text.substr(at)).length;
+}
+
+// A backslash that is a character of its own, not the start of an escape.
+bool IsMark(std::string_view text, std::size_t at) {
+  return at < text.size() && text[at] == '\\' && NextCharacter(text, at) == at + 1;
 }
 
 void WriteTextPlacement(ByteSink& out, std::string_view layer, double x, double y, double height) {
@@ -210,42 +207,54 @@ void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const L
 std::string OverlineToDxf(const std::string& text) {
   // A backslash marks the character before it; a run of marked characters becomes one run
   // between overscore toggles. The first character cannot be a mark. The backslash of an escape
-  // is part of its character, never a mark.
-  const std::vector<std::string_view> c = Characters(text);
-  const std::size_t length = c.size();
-  const auto isMark = [&](std::size_t i) { return c[i] == "\\"; };
+  // is part of its character, never a mark. Positions are byte offsets of whole characters.
+  const std::string_view all(text);
   std::string result;
   result.reserve(text.size() + 8);
-  // Characters [from, to) as they stand in the text.
-  const auto append = [&](std::size_t from, std::size_t to) {
-    for (std::size_t i = from; i < to; ++i) {
-      result += c[i];
-    }
-  };
   std::size_t copyStart = 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if (!isMark(i)) {
+  std::size_t previous = 0;  // the character before `at`
+  for (std::size_t at = all.empty() ? 0 : NextCharacter(all, 0); at < all.size();) {
+    if (!IsMark(all, at)) {
+      previous = at;
+      at = NextCharacter(all, at);
       continue;
     }
-    // After "A\\" the copy start can pass i - 1; nothing is copied then.
-    append(copyStart, i - 1);
-    result += "%%o";
-    result += c[i - 1];
-    for (std::size_t j = i + 2; j < length && isMark(j); j += 2) {
-      i += 2;
-      result += c[j - 1];
+    // After "A\\" the copy start can pass the marked character; nothing is copied then.
+    if (copyStart < previous) {
+      result.append(all.substr(copyStart, previous - copyStart));
     }
     result += "%%o";
-    copyStart = i + 1;
+    result.append(all.substr(previous, at - previous));
+    std::size_t mark = at;
+    for (;;) {
+      const std::size_t between = NextCharacter(all, mark);
+      if (between >= all.size()) {
+        break;
+      }
+      const std::size_t following = NextCharacter(all, between);
+      if (!IsMark(all, following)) {
+        break;
+      }
+      result.append(all.substr(between, following - between));
+      mark = following;
+    }
+    result += "%%o";
+    copyStart = NextCharacter(all, mark);
+    previous = mark;
+    at = copyStart;
   }
-  append(copyStart, length);
+  if (copyStart < all.size()) {
+    result.append(all.substr(copyStart));
+  }
   return result;
 }
 
 int32_t VisibleTextLength(const std::string& text) {
-  const std::vector<std::string_view> c = Characters(text);
-  const auto marks = std::count(c.begin(), c.end(), "\\");
-  return static_cast<int32_t>(static_cast<std::ptrdiff_t>(c.size()) - marks);
+  int64_t visible = 0;
+  for (std::size_t at = 0; at < text.size(); at = NextCharacter(text, at)) {
+    visible += IsMark(text, at) ? 0 : 1;
+  }
+  return static_cast<int32_t>(visible);
 }
 
 }  // namespace kalmor
