@@ -3,12 +3,11 @@
 #include <vector>
 
 #include "cli/commands.h"
-#include "cli/files.h"
+#include "cli/export_pictures.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
 #include "export/dxf_export.h"
 #include "export/output_names.h"
-#include "render/svg_render.h"
 
 namespace kalmor::cli {
 namespace {
@@ -27,10 +26,6 @@ std::string OutputPath(const ExportOptions& options) {
   return options.output;
 }
 
-std::string SvgPathFor(const std::string& dxfPath) {
-  return std::filesystem::path(dxfPath).replace_extension(".svg").string();
-}
-
 }  // namespace
 
 int RunExport(const ExportOptions& options) {
@@ -46,15 +41,22 @@ int RunExport(const ExportOptions& options) {
     }
   }
 
-  TerminalUserInterface ui(/*recordFiles=*/options.svg);
-  const ScopedUserInterface scoped(ui);
-  DesignToDXF(&loaded.design(), OutputPath(options), 0, options.noFrame ? 0 : 1,
-              options.noTitleBlocks ? 0 : 1);
+  const std::string outputPath = OutputPath(options);
+  const std::string stem = MakeOutputStem(outputPath);
+  std::error_code error;
+  if (options.html && std::filesystem::equivalent(options.design, GalleryPathFor(stem), error)) {
+    throw UsageError("the gallery " + GalleryPathFor(stem) + " would replace the design");
+  }
 
-  if (options.svg) {
-    for (const std::string& dxfPath : ui.AnnouncedFiles()) {
-      WriteWholeFile(SvgPathFor(dxfPath), RenderDxfToSvg(ReadWholeFile(dxfPath), dxfPath));
-    }
+  TerminalUserInterface ui;
+  const ScopedUserInterface scoped(ui);
+  DesignToDXF(&loaded.design(), outputPath, 0, options.noFrame ? 0 : 1,
+              options.noTitleBlocks ? 0 : 1);
+  if (options.svg || options.html) {
+    WritePictures(loaded, options, stem);
+  }
+  if (options.html) {
+    std::cout << "gallery: " << Printable(GalleryPathFor(stem)) << std::endl;
   }
   return kDone;
 }

@@ -4,12 +4,10 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/dbo.h"
-
-namespace kalmor::model {
-class Design;
-}
+#include "model/design.h"
 
 namespace kalmor::cli {
 
@@ -24,6 +22,9 @@ class LoadedDesign {
   const DboDesign& design() const;
   // The occurrence at a path such as /BLK1, or null.
   const DboInstOccurrence* FindOccurrence(const std::string& path) const;
+  // The schematic at the top of the hierarchy, and every block occurrence below it.
+  const std::string& RootSchematic() const;
+  std::vector<model::BlockOccurrence> Blocks() const;
 
  private:
   std::unique_ptr<model::Design> design_;

@@ -9,8 +9,8 @@
 
 namespace kalmor::cli {
 
-TerminalUserInterface::TerminalUserInterface(bool recordFiles)
-    : progressToTerminal_(::isatty(STDERR_FILENO) != 0), recordFiles_(recordFiles) {}
+TerminalUserInterface::TerminalUserInterface()
+    : progressToTerminal_(::isatty(STDERR_FILENO) != 0) {}
 
 TerminalUserInterface::~TerminalUserInterface() {
   ClearProgress();
@@ -48,13 +48,10 @@ bool TerminalUserInterface::AppendToSessionLog(std::string_view /*text*/) {
 }
 
 bool TerminalUserInterface::WantsExportProgress() const {
-  return progressToTerminal_ || recordFiles_;
+  return progressToTerminal_;
 }
 
 void TerminalUserInterface::ShowExportProgress(const ExportProgress& progress) {
-  if (recordFiles_) {
-    announcedFiles_.push_back(progress.fileName);
-  }
   if (!progressToTerminal_ || progress.count <= 1) {
     return;
   }

@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <string>
-#include <vector>
 
 #include "export/output_names.h"
 #include "host/user_interface.h"
@@ -15,8 +14,7 @@ namespace kalmor::cli {
 
 class TerminalUserInterface final : public UserInterface {
  public:
-  // `recordFiles`: keep the name of every page file a design export announces.
-  explicit TerminalUserInterface(bool recordFiles = false);
+  TerminalUserInterface();
   ~TerminalUserInterface() override;
 
   void MessageBox(std::string_view caption, std::string_view text, unsigned style) override;
@@ -27,13 +25,10 @@ class TerminalUserInterface final : public UserInterface {
 
   // Removes the progress line, if one is showing.
   void ClearProgress();
-  const std::vector<std::string>& AnnouncedFiles() const { return announcedFiles_; }
 
  private:
   bool progressToTerminal_;
-  bool recordFiles_;
   bool progressShown_ = false;
-  std::vector<std::string> announcedFiles_;
 };
 
 // `text` with control characters written as escapes, so that names from a
