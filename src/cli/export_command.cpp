@@ -6,8 +6,8 @@
 #include "cli/export_pictures.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
-#include "export/dxf_export.h"
 #include "export/output_names.h"
+#include "kalmor/export.h"
 
 namespace kalmor::cli {
 namespace {

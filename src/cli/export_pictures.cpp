@@ -4,9 +4,10 @@
 #include <unordered_map>
 
 #include "cli/files.h"
-#include "export/dxf_export.h"
 #include "export/output_names.h"
 #include "gallery/gallery.h"
+#include "kalmor/export.h"
+#include "kalmor/version.h"
 #include "render/dxf_reader.h"
 #include "render/svg_writer.h"
 
@@ -55,6 +56,7 @@ void WritePictures(const LoadedDesign& loaded, const ExportOptions& options,
   DboState state;
   loaded.design().GetName(gallery.designName, state);
   gallery.source = std::filesystem::path(options.design).filename().string();
+  gallery.generator = std::string("kalmor ") + LibraryVersion();
   gallery.rootSchematic = loaded.RootSchematic();
   gallery.settings = SettingsOf(options);
   std::unordered_map<const DboInstOccurrence*, std::size_t> blockIndex;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 #include "model/design.h"
 
 namespace kalmor::cli {

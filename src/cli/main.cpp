@@ -9,6 +9,7 @@
 #include "cli/commands.h"
 #include "cli/terminal_ui.h"
 #include "dxf/output_file.h"
+#include "kalmor/version.h"
 #include "model/design_reader.h"
 #include "render/svg_render.h"
 
@@ -23,7 +24,7 @@ int Fail(int status, const std::string& message) {
 
 int Run(int argc, char** argv) {
   CLI::App app{"Writes the pages of a schematic design as DXF release-12 files.", "kalmor"};
-  app.set_version_flag("--version", std::string("kalmor ") + KALMOR_VERSION);
+  app.set_version_flag("--version", std::string("kalmor ") + kalmor::LibraryVersion());
   app.require_subcommand(1);
 
   ExportOptions exportOptions;

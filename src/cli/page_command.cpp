@@ -3,7 +3,7 @@
 #include "cli/commands.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
-#include "export/dxf_export.h"
+#include "kalmor/export.h"
 
 namespace kalmor::cli {
 namespace {

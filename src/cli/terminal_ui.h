@@ -8,7 +8,7 @@
 #include <string>
 
 #include "export/output_names.h"
-#include "host/user_interface.h"
+#include "kalmor/user_interface.h"
 
 namespace kalmor::cli {
 

@@ -15,10 +15,6 @@ namespace {
 
 constexpr std::size_t kBufferBytes = 64 * 1024;
 
-std::string SystemReason(int error) {
-  return std::strerror(error);
-}
-
 // Writes until everything is out, through short writes and interruptions. Returns 0 or the
 // error; `done` tells how far it got.
 int WriteFully(int fd, const char* data, std::size_t size, std::size_t& done) {
@@ -38,33 +34,32 @@ int WriteFully(int fd, const char* data, std::size_t size, std::size_t& done) {
 
 }  // namespace
 
-FileError::FileError(std::string path, std::string reason)
-    : std::runtime_error("cannot write " + path + ": " + reason),
-      path_(std::move(path)),
-      reason_(std::move(reason)) {}
-
 OutputFile::OutputFile(std::string path) : path_(std::move(path)), buffer_(kBufferBytes) {
   const int fd = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   if (fd < 0) {
-    throw FileError(path_, SystemReason(errno));
+    throw FileError(path_, errno);
   }
-  const auto refuse = [&](std::string reason) {
+  const auto refuse = [&](int error) {
     ::close(fd);
-    throw FileError(path_, std::move(reason));
+    throw FileError(path_, error);
   };
   // Only a regular file is locked and emptied: a device or pipe (/dev/stdout, /dev/full) is
   // written as it is. The lock comes first so that a file another export is still writing is
   // refused before anything in it is lost.
   struct stat info {};
   if (::fstat(fd, &info) != 0) {
-    refuse(SystemReason(errno));
+    refuse(errno);
   }
   if (S_ISREG(info.st_mode)) {
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
-      refuse(errno == EWOULDBLOCK ? "held by another process" : SystemReason(errno));
+      if (errno == EWOULDBLOCK) {
+        ::close(fd);
+        throw FileError(path_, "held by another process", EWOULDBLOCK);
+      }
+      refuse(errno);
     }
     if (::ftruncate(fd, 0) != 0) {
-      refuse(SystemReason(errno));
+      refuse(errno);
     }
   }
   fd_ = fd;
@@ -123,7 +118,7 @@ void OutputFile::Flush() {
   if (const int error = WriteFully(fd_, buffer_.data(), used_, done); error != 0) {
     std::memmove(buffer_.data(), buffer_.data() + done, used_ - done);
     used_ -= done;
-    throw FileError(path_, SystemReason(error));
+    throw FileError(path_, error);
   }
   used_ = 0;
 }
@@ -146,14 +141,14 @@ void OutputFile::Close() {
   // After EINTR the descriptor is gone all the same; anything else is a real failure (a
   // network file system reporting a late write error, for one).
   if (::close(fd) != 0 && errno != EINTR) {
-    throw FileError(path_, SystemReason(errno));
+    throw FileError(path_, errno);
   }
 }
 
 void OutputFile::WriteAll(const char* data, std::size_t size) {
   std::size_t done = 0;
   if (const int error = WriteFully(fd_, data, size, done); error != 0) {
-    throw FileError(path_, SystemReason(error));
+    throw FileError(path_, error);
   }
 }
 

@@ -4,25 +4,14 @@
 // through its own buffer. Every failure (create, write, flush, close) is a FileError that names
 // the path and the operating system's reason; nothing is lost silently.
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "dxf/byte_sink.h"
+#include "kalmor/errors.h"
 
 namespace kalmor {
-
-class FileError : public std::runtime_error {
- public:
-  FileError(std::string path, std::string reason);
-  const std::string& path() const { return path_; }
-  const std::string& reason() const { return reason_; }
-
- private:
-  std::string path_;
-  std::string reason_;
-};
 
 class OutputFile final : public ByteSink {
  public:

@@ -37,6 +37,7 @@ struct Page {
 struct Gallery {
   std::string designName;
   std::string source;                 // the design file's name
+  std::string generator;              // the program and its version
   std::string rootSchematic;          // the top of the hierarchy; empty for a design without one
   std::vector<Block> blocks;          // depth-first: a block comes before the blocks inside it
   std::vector<Page> pages;            // in export order, a schematic's pages one after another

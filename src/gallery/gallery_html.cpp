@@ -149,8 +149,8 @@ class GalleryWriter {
     for (std::size_t i = 0; i < sections_.size(); ++i) {
       SchematicSection(i);
     }
-    out_ += "</main>\n<footer class=\"muted\">Written by kalmor " KALMOR_VERSION " from " +
-            Name(gallery_.source) + ".</footer>\n</body>\n</html>\n";
+    out_ += "</main>\n<footer class=\"muted\">Written by " + XmlText(gallery_.generator) +
+            " from " + Name(gallery_.source) + ".</footer>\n</body>\n</html>\n";
     return std::move(out_);
   }
 
@@ -158,7 +158,7 @@ class GalleryWriter {
   void Head() {
     out_ += "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n";
     out_ += "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n";
-    out_ += "<meta name=\"generator\" content=\"kalmor " KALMOR_VERSION "\">\n";
+    out_ += "<meta name=\"generator\" content=\"" + XmlText(gallery_.generator) + "\">\n";
     out_ += "<title>" + XmlText(gallery_.designName) + " · drawings</title>\n";
     out_ += "<style>" + std::string(kStyle) + "</style>\n</head>\n";
   }

@@ -17,7 +17,7 @@ DxfReadError::DxfReadError(std::string_view sourceName, std::size_t line, std::s
       line_(line),
       record_(std::move(record)) {}
 
-namespace detail {
+namespace render_detail {
 namespace {
 
 // Coordinates beyond this cannot come from a page and would overflow the picture's arithmetic.
@@ -476,10 +476,10 @@ class DxfParser {
 };
 
 }  // namespace
-}  // namespace detail
+}  // namespace render_detail
 
 DxfDrawing ReadDxf(std::string_view dxf, std::string_view sourceName) {
-  return detail::DxfParser(dxf, sourceName).Parse();
+  return render_detail::DxfParser(dxf, sourceName).Parse();
 }
 
 }  // namespace kalmor

@@ -130,7 +130,7 @@ TEST_F(KalmorCliTest, UsageErrorsExitTwoAndWriteNothing) {
 
   const CommandResult version = RunKalmor({"--version"});
   EXPECT_EQ(std::tie(version.status, version.out),
-            std::make_tuple(0, std::string("kalmor 1.15\n")));
+            std::make_tuple(0, std::string("kalmor 1.15.0\n")));
   for (const auto& [command, mentioned] : {std::pair{"export", "--raw-names"},
                                            {"page", "--occurrence"},
                                            {"check", "DESIGN"},

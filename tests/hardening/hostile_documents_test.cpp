@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "cli/run_kalmor.h"
-#include "export/dxf_export.h"
 #include "hardening/dxf_page_check.h"
 #include "hardening/export_in_memory.h"
+#include "kalmor/export.h"
 #include "model/design.h"
 #include "model/design_reader.h"
 #include "support/page_fixture.h"

@@ -15,8 +15,8 @@
 
 #include "cli/run_kalmor.h"
 #include "dxf/output_file.h"
-#include "export/dxf_export.h"
 #include "hardening/export_in_memory.h"
+#include "kalmor/export.h"
 #include "model/design.h"
 #include "model/design_reader.h"
 #include "support/paths.h"
