@@ -13,6 +13,7 @@ namespace {
 // costs no more than a shallow one.
 constexpr std::size_t kWholePathDepth = 12;
 constexpr std::size_t kPathTailSteps = 3;
+constexpr std::size_t kUnfoldedRows = 20;
 
 // The page's look. Thumbnails share one box shape so the grid stays even; names of any length
 // wrap rather than widen the page on a phone.
@@ -29,6 +30,8 @@ a { color: #1a4fb5; }
 .muted, .summary { color: var(--muted); }
 .summary { margin: 0; }
 nav h2, main h2 { font-size: 1.15rem; margin: 24px 0 8px; }
+nav summary { cursor: pointer; margin: 24px 0 8px; }
+nav summary h2 { display: inline; }
 .tree { list-style: none; margin: 0; padding: 10px 14px; background: #fff;
   border: 1px solid var(--line); border-radius: 8px; }
 .tree li { padding: 3px 0 3px calc(min(var(--depth, 0), 10) * 1.4rem); }
@@ -177,21 +180,30 @@ class GalleryWriter {
     return summary;
   }
 
+  // A list that folds away, folded from the start when it is long enough to push the drawings
+  // far down.
+  void OpenNav(std::string_view title, std::size_t rows, const std::string& count) {
+    out_ += "<nav aria-label=\"" + std::string(title) + "\">\n<details" +
+            (rows <= kUnfoldedRows ? " open" : "") + ">\n<summary><h2>" + std::string(title) +
+            "</h2> <span class=\"muted\">" + count + "</span></summary>\n<ul class=\"tree\">\n";
+  }
+
   // The schematics of a flat design with links to their pages.
   void Contents() {
-    out_ += "<nav aria-label=\"Contents\">\n<h2>Contents</h2>\n<ul class=\"tree\">\n";
+    OpenNav("Contents", sections_.size(), Counted(sections_.size(), "schematic", "schematics"));
     for (std::size_t i = 0; i < sections_.size(); ++i) {
       out_ += "<li><a href=\"#schematic-" + std::to_string(i + 1) + "\">" +
               Name(gallery_.pages[sections_[i].first].schematic) + "</a>: " + PageLinks(i) +
               "</li>\n";
     }
-    out_ += "</ul>\n</nav>\n";
+    out_ += "</ul>\n</details>\n</nav>\n";
   }
 
   // The root schematic, then every block below it indented by depth, then the schematics that
   // no block places.
   void Hierarchy() {
-    out_ += "<nav aria-label=\"Hierarchy\">\n<h2>Hierarchy</h2>\n<ul class=\"tree\">\n";
+    OpenNav("Hierarchy", 1 + gallery_.blocks.size(),
+            Counted(gallery_.blocks.size(), "block", "blocks"));
     out_ += "<li>" + Name(gallery_.rootSchematic) +
             " <span class=\"muted\">(top)</span>: " + PageLinksOf(gallery_.rootSchematic) +
             "</li>\n";
@@ -221,7 +233,7 @@ class GalleryWriter {
                 "</li>\n";
       }
     }
-    out_ += "</ul>\n</nav>\n";
+    out_ += "</ul>\n</details>\n</nav>\n";
   }
 
   std::string PageLinksOf(const std::string& schematic) const {
