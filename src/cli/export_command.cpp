@@ -4,6 +4,9 @@
 
 #include "cli/commands.h"
 #include "cli/export_pictures.h"
+#include "cli/export_plan.h"
+#include "cli/files.h"
+#include "cli/interruption.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
 #include "export/output_names.h"
@@ -30,30 +33,54 @@ std::string OutputPath(const ExportOptions& options) {
 
 int RunExport(const ExportOptions& options) {
   const LoadedDesign loaded(options.design);
-  if (!options.rawNames) {
-    const std::vector<UnusableName> refusals = FindUnusableNames(loaded.design());
-    if (!refusals.empty()) {
-      for (const UnusableName& refusal : refusals) {
-        std::cerr << "kalmor: " << Printable(DescribeUnusableName(refusal)) << "\n";
-      }
-      std::cerr << "kalmor: nothing written; --raw-names takes the names as they are" << std::endl;
-      return kInvalidInput;
-    }
-  }
-
   const std::string outputPath = OutputPath(options);
   const std::string stem = MakeOutputStem(outputPath);
-  std::error_code error;
-  if (options.html && std::filesystem::equivalent(options.design, GalleryPathFor(stem), error)) {
-    throw UsageError("the gallery " + GalleryPathFor(stem) + " would replace the design");
+  const std::vector<PlannedPage> pages = PlanPageFiles(loaded.design(), stem);
+
+  // Refused all before anything is written, so that an export never stops half-way on them.
+  std::vector<std::string> refusals;
+  if (!options.rawNames) {
+    for (const UnusableName& unusable : FindUnusableNames(loaded.design())) {
+      refusals.push_back(DescribeUnusableName(unusable));
+    }
+  }
+  const bool unusableNames = !refusals.empty();
+  for (std::string& refusal : FindFileNameRefusals(pages)) {
+    refusals.push_back(std::move(refusal));
+  }
+  if (!refusals.empty()) {
+    constexpr std::size_t kShown = 12;
+    for (std::size_t i = 0; i < refusals.size() && i < kShown; ++i) {
+      std::cerr << "kalmor: " << Printable(refusals[i]) << "\n";
+    }
+    if (refusals.size() > kShown) {
+      std::cerr << "kalmor: and " << refusals.size() - kShown << " more pages refused\n";
+    }
+    std::cerr << "kalmor: nothing written"
+              << (unusableNames ? "; --raw-names takes the names as they are" : "") << std::endl;
+    return kInvalidInput;
+  }
+  for (const PlannedPage& page : pages) {
+    RefuseSameFile(page.file, loaded.identity(), options.design);
+    if (options.svg || options.html) {
+      RefuseSameFile(SvgPathFor(page.file), loaded.identity(), options.design);
+    }
+  }
+  if (options.html) {
+    RefuseSameFile(GalleryPathFor(stem), loaded.identity(), options.design);
   }
 
   TerminalUserInterface ui;
+  DboState state;
+  std::string designName;
+  loaded.design().GetName(designName, state);
+  ui.ShortenInMessages(designName);
   const ScopedUserInterface scoped(ui);
+  const OutputTracking tracking;
   DesignToDXF(&loaded.design(), outputPath, 0, options.noFrame ? 0 : 1,
               options.noTitleBlocks ? 0 : 1);
   if (options.svg || options.html) {
-    WritePictures(loaded, options, stem);
+    WritePictures(loaded, options, stem, pages);
   }
   if (options.html) {
     std::cout << "gallery: " << Printable(GalleryPathFor(stem)) << std::endl;

@@ -4,9 +4,9 @@
 #include <unordered_map>
 
 #include "cli/files.h"
-#include "export/output_names.h"
+#include "cli/interruption.h"
+#include "cli/terminal_ui.h"
 #include "gallery/gallery.h"
-#include "kalmor/export.h"
 #include "kalmor/version.h"
 #include "render/dxf_reader.h"
 #include "render/svg_writer.h"
@@ -26,18 +26,32 @@ std::vector<std::string> SettingsOf(const ExportOptions& options) {
   return settings;
 }
 
+// Every page file is complete by the time pictures are written; an interruption removes only
+// the picture it cuts short.
+void BeginPicture(const std::string& path) {
+  BeginOutput({path,
+               false,
+               "kalmor: interrupted while writing " + Shortened(path, kLongestPathShown) +
+                   ", which was removed; every page file was completed\n",
+               {}});
+}
+
 // Reads a page file back, draws it beside itself, and describes it for the gallery. `file` is
 // the page file's path relative to the gallery's folder.
-gallery::Page DrawPage(const std::string& dxfPath, std::string file) {
-  const std::string svgPath = std::filesystem::path(dxfPath).replace_extension(".svg").string();
-  const std::string dxf = ReadWholeFile(dxfPath);
-  const DxfDrawing drawing = ReadDxf(dxf, dxfPath);
-  WriteWholeFile(svgPath, WriteSvg(drawing, dxfPath));  // as `kalmor render` titles it
+gallery::Page DrawPage(const PlannedPage& planned, std::string file) {
+  const std::string svgPath = SvgPathFor(planned.file);
+  BeginPicture(svgPath);
+  InputFile dxf(planned.file);
+  const DxfDrawing drawing = ReadDxf(dxf, planned.file);
+  WriteWholeFile(svgPath, WriteSvg(drawing, planned.file));  // titled as `kalmor render` does
 
   gallery::Page page;
-  page.svgFile = std::filesystem::path(file).replace_extension(".svg").string();
+  page.schematic = planned.schematicName;
+  page.name = planned.pageName;
+  page.svgFile = SvgPathFor(file);
   page.dxfFile = std::move(file);
-  page.dxfBytes = dxf.size();
+  std::error_code error;
+  page.dxfBytes = std::filesystem::file_size(planned.file, error);
   for (const DxfEntity& entity : drawing.entities) {
     ++page.entities[entity.layer];
   }
@@ -46,12 +60,16 @@ gallery::Page DrawPage(const std::string& dxfPath, std::string file) {
 
 }  // namespace
 
+std::string SvgPathFor(const std::string& dxfPath) {
+  return std::filesystem::path(dxfPath).replace_extension(".svg").string();
+}
+
 std::string GalleryPathFor(const std::string& stem) {
   return stem + ".html";
 }
 
 void WritePictures(const LoadedDesign& loaded, const ExportOptions& options,
-                   const std::string& stem) {
+                   const std::string& stem, const std::vector<PlannedPage>& pages) {
   gallery::Gallery gallery;
   DboState state;
   loaded.design().GetName(gallery.designName, state);
@@ -67,22 +85,17 @@ void WritePictures(const LoadedDesign& loaded, const ExportOptions& options,
 
   // Page files sit beside the gallery, or below it when names hold separators (--raw-names).
   const std::size_t folderLength = stem.rfind('/') + 1;
-  VisitDesignPages(loaded.design(), state,
-                   [&](const DboPage& page, const DboInstOccurrence* occurrence,
-                       const std::string& schematicName) {
-                     const std::string dxfPath = MakePageFileName(stem, schematicName, page);
-                     gallery::Page drawn = DrawPage(dxfPath, dxfPath.substr(folderLength));
-                     drawn.schematic = schematicName;
-                     page.GetName(drawn.name, state);
-                     if (const auto block = blockIndex.find(occurrence);
-                         block != blockIndex.end()) {
-                       drawn.shownThrough = block->second;
-                     }
-                     if (options.html) {
-                       gallery.pages.push_back(std::move(drawn));
-                     }
-                   });
+  for (const PlannedPage& planned : pages) {
+    gallery::Page page = DrawPage(planned, planned.file.substr(folderLength));
+    if (const auto block = blockIndex.find(planned.occurrence); block != blockIndex.end()) {
+      page.shownThrough = block->second;
+    }
+    if (options.html) {
+      gallery.pages.push_back(std::move(page));
+    }
+  }
   if (options.html) {
+    BeginPicture(GalleryPathFor(stem));
     WriteWholeFile(GalleryPathFor(stem), gallery::WriteGalleryHtml(gallery));
   }
 }

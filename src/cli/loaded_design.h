@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/files.h"
 #include "kalmor/dbo.h"
 #include "model/design.h"
 
@@ -13,13 +14,16 @@ namespace kalmor::cli {
 
 class LoadedDesign {
  public:
-  // Throws DesignDocumentError when the document cannot be read or is invalid.
+  // Throws InputError when the file cannot be read (see InputFile), DesignDocumentError when
+  // the document is invalid.
   explicit LoadedDesign(const std::string& path);
   ~LoadedDesign();
   LoadedDesign(const LoadedDesign&) = delete;
   LoadedDesign& operator=(const LoadedDesign&) = delete;
 
   const DboDesign& design() const;
+  // The design file, which no output may replace.
+  const FileIdentity& identity() const { return identity_; }
   // The occurrence at a path such as /BLK1, or null.
   const DboInstOccurrence* FindOccurrence(const std::string& path) const;
   // The schematic at the top of the hierarchy, and every block occurrence below it.
@@ -27,6 +31,7 @@ class LoadedDesign {
   std::vector<model::BlockOccurrence> Blocks() const;
 
  private:
+  FileIdentity identity_;
   std::unique_ptr<model::Design> design_;
 };
 
