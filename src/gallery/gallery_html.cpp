@@ -134,7 +134,9 @@ class GalleryWriter {
       ++sections_.back().end;
     }
     for (const Block& block : gallery.blocks) {
-      depth_.push_back(block.parent == kNone ? 0 : depth_[block.parent] + 1);
+      // A parent listed after its block breaks the order promised; the block is then shown at
+      // the top rather than read out of bounds.
+      depth_.push_back(block.parent < depth_.size() ? depth_[block.parent] + 1 : 0);
       ++placements_[block.schematic];
     }
   }
@@ -254,9 +256,14 @@ class GalleryWriter {
 
   // "/CH_A/AMP"; for deep blocks only the last steps: "/…/X/Y/Z".
   std::string PathOf(std::size_t block) const {
+    if (block >= depth_.size()) {
+      return "";
+    }
+    // One step per level, so that parents out of order cannot make the walk go round.
+    const std::size_t depth = depth_[block];
+    const bool whole = depth < kWholePathDepth;
     std::string path;
-    const bool whole = depth_[block] < kWholePathDepth;
-    for (std::size_t step = 0; block != kNone && (whole || step < kPathTailSteps); ++step) {
+    for (std::size_t step = 0; step <= depth && (whole || step < kPathTailSteps); ++step) {
       path.insert(0, "/" + gallery_.blocks[block].id);
       block = gallery_.blocks[block].parent;
     }
