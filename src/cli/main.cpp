@@ -7,6 +7,8 @@
 #include <new>
 
 #include "cli/commands.h"
+#include "cli/interruption.h"
+#include "cli/process_setup.h"
 #include "cli/terminal_ui.h"
 #include "dxf/output_file.h"
 #include "kalmor/version.h"
@@ -41,6 +43,8 @@ int Run(int argc, char** argv) {
                           "Use schematic and page names in file names as they are, even those "
                           "that hold separators or control characters");
   exportCommand->add_flag("--svg", exportOptions.svg, "Also write an SVG picture beside each DXF");
+  exportCommand->add_flag("--html", exportOptions.html,
+                          "Also write the SVG pictures and STEM.html, a gallery of every page");
 
   PageOptions pageOptions;
   CLI::App* pageCommand = app.add_subcommand("page", "Write one page to a DXF file");
@@ -92,13 +96,19 @@ int Run(int argc, char** argv) {
   } catch (const UsageError& error) {
     return Fail(kUsage, error.what());
   } catch (const kalmor::FileError& error) {
-    return Fail(kCannotWrite, error.what());
+    // Built from its parts, which keep their lengths: the path may hold any byte.
+    return Fail(kCannotWrite, "cannot write " + Shortened(error.path(), kLongestPathShown) + ": " +
+                                  error.reason());
   }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!PrepareProcess()) {
+    return kCannotWrite;
+  }
+  InstallInterruptionHandlers();
   try {
     return Run(argc, argv);
   } catch (const std::bad_alloc&) {

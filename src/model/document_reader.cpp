@@ -161,7 +161,9 @@ class DocumentReader {
   // ---------------------------------------------------------------------------------------
   // Values shared by several objects
 
-  std::string Text() { return DesignText(in_.StringView()); }
+  // The string at the cursor as a name, or as a text the drawing shows.
+  std::string Text() { return DesignText(in_.StringView(), TextRole::kName); }
+  std::string ShownText() { return DesignText(in_.StringView(), TextRole::kShown); }
 
   const LogFont* Intern(const LogFont& font) {
     std::string key(reinterpret_cast<const char*>(&font), sizeof font);
@@ -224,8 +226,8 @@ class DocumentReader {
 
   void ReadProperty(DisplayProp& prop) {
     static constexpr Field<Self, DisplayProp> kFields[] = {
-        {"name", [](Self& r, DisplayProp& p) { p.name = r.Text(); }, kRequired},
-        {"value", [](Self& r, DisplayProp& p) { p.value = r.Text(); }},
+        {"name", [](Self& r, DisplayProp& p) { p.name = r.ShownText(); }, kRequired},
+        {"value", [](Self& r, DisplayProp& p) { p.value = r.ShownText(); }},
         {"display", [](Self& r, DisplayProp& p) { p.display = r.ReadDisplayType(); }},
         {"location", [](Self& r, DisplayProp& p) { p.location = r.in_.Point(); }},
         {"rotation", [](Self& r, DisplayProp& p) { p.rotation = r.in_.Int32(); }},
@@ -238,7 +240,9 @@ class DocumentReader {
   }
 
   void ReadValues(DisplayProp& prop) {
-    in_.Map([&](std::string_view path) { prop.values.push_back({DesignText(path), 0, Text()}); });
+    in_.Map([&](std::string_view path) {
+      prop.values.push_back({DesignText(path, TextRole::kName), 0, ShownText()});
+    });
   }
 
   void ReadProperties(DisplayPropList& props) {
@@ -260,7 +264,7 @@ class DocumentReader {
         {"text",
          [](Self& r, GraphicFields& g) {
            r.Given(g, kTextField);
-           g.text = r.Text();
+           g.text = r.ShownText();
          }},
         {"font",
          [](Self& r, GraphicFields& g) {
@@ -494,7 +498,7 @@ class DocumentReader {
         in_.Expected("a symbol object");
       }
       const Symbol* symbol = ReadSymbol();
-      if (!symbolsByName_.emplace(DesignText(name), symbol).second) {
+      if (!symbolsByName_.emplace(DesignText(name, TextRole::kName), symbol).second) {
         in_.Fail("symbol name given twice");
       }
     });
@@ -550,8 +554,8 @@ class DocumentReader {
            p.pin.id = r.Text();
            p.hasId = true;
          }},
-        {"name", [](Self& r, PinRead& p) { p.pin.name = r.Text(); }},
-        {"number", [](Self& r, PinRead& p) { p.pin.number = r.Text(); }},
+        {"name", [](Self& r, PinRead& p) { p.pin.name = r.ShownText(); }},
+        {"number", [](Self& r, PinRead& p) { p.pin.number = r.ShownText(); }},
         {"start", [](Self& r, PinRead& p) { p.pin.start = r.in_.Point(); }, kRequired},
         {"end", [](Self& r, PinRead& p) { p.pin.end = r.in_.Point(); }, kRequired},
         {"visible", [](Self& r, PinRead& p) { p.pin.visible = r.in_.Boolean(); }},
@@ -586,18 +590,18 @@ class DocumentReader {
     static constexpr Field<Self, Own> kFields[] = {
         {"name",
          [](Self& r, Own& o) {
-           o.text.name = r.Text();
+           o.text.name = r.ShownText();
            o.given.name = true;
          }},
         {"number",
          [](Self& r, Own& o) {
-           o.text.number = r.Text();
+           o.text.number = r.ShownText();
            o.given.number = true;
          }},
     };
     in_.Map([&](std::string_view path) {
       OccurrencePinText& text = read.pin.occurrences.emplace_back();
-      text.path = DesignText(path);
+      text.path = DesignText(path, TextRole::kName);
       Own own{text, read.given.emplace_back()};
       in_.Record(Fields<Self, Own>(kFields), *this, own);
     });
@@ -675,7 +679,7 @@ class DocumentReader {
 
   void ReadPartId(PartRead& read) {
     read.id = in_.StringView();
-    read.part.id = DesignText(read.id);
+    read.part.id = DesignText(read.id, TextRole::kName);
     if (read.part.id.empty() || read.part.id.find('/') != std::string::npos) {
       in_.Fail("expected a part id that is not empty and holds no \"/\", got " +
                Quoted(read.part.id));
@@ -684,7 +688,7 @@ class DocumentReader {
 
   void ReadAlias(Alias& alias) {
     static constexpr Field<Self, Alias> kFields[] = {
-        {"name", [](Self& r, Alias& a) { a.name = r.Text(); }, kRequired},
+        {"name", [](Self& r, Alias& a) { a.name = r.ShownText(); }, kRequired},
         {"location", [](Self& r, Alias& a) { a.location = r.in_.Point(); }, kRequired},
         {"rotation", [](Self& r, Alias& a) { a.rotation = r.in_.Int32(); }},
         {"font", [](Self& r, Alias& a) { a.font = r.ReadFont(); }},

@@ -7,12 +7,18 @@
 #include <string>
 #include <string_view>
 
+#include "kalmor/host_text.h"
+
 namespace kalmor::model::detail {
 
-// The design's text for the bytes of a document string, escapes already resolved. Today the
-// bytes as they are.
-inline std::string DesignText(std::string_view bytes) {
-  return std::string(bytes);
+enum class TextRole {
+  kName,   // names files and the hierarchy, or finds a symbol: kept as the document writes it
+  kShown,  // shown in the drawing: the host's text (see kalmor/host_text.h)
+};
+
+// The design's text for the UTF-8 of a document string, escapes already resolved.
+inline std::string DesignText(std::string_view utf8, TextRole role) {
+  return role == TextRole::kShown ? HostTextFromUtf8(utf8) : std::string(utf8);
 }
 
 }  // namespace kalmor::model::detail

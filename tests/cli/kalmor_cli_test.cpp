@@ -120,12 +120,13 @@ TEST_F(KalmorCliTest, UsageErrorsExitTwoAndWriteNothing) {
            {"page", d, "--schematic", "NOPE", "--page", "PAGE1", "-o", In("x.dxf")},
            {"page", d, "--schematic", "ROOT", "--page", "NOPE", "-o", In("x.dxf")},
            {"page", d, "--schematic", "SUB", "--page", "S1", "--occurrence", "/NOPE"},
-           {"page", d, "--schematic", "ROOT", "--page", "PAGE1", "--occurrence", "/BLK1"}}) {
+           {"page", d, "--schematic", "ROOT", "--page", "PAGE1", "--occurrence", "/BLK1"},
+           {"export", Write("g.html", kHierarchy), "--html"}}) {  // the gallery is g.html
     const CommandResult result = RunKalmor(arguments);
     EXPECT_EQ(result.status, 2) << ::testing::PrintToString(arguments);
     EXPECT_NE(result.err, "") << ::testing::PrintToString(arguments);
   }
-  EXPECT_THAT(Files(temp.path()), ElementsAre("board.json"));
+  EXPECT_THAT(Files(temp.path()), ElementsAre("board.json", "g.html"));
 
   const CommandResult version = RunKalmor({"--version"});
   EXPECT_EQ(std::tie(version.status, version.out),
@@ -210,12 +211,13 @@ TEST_F(KalmorCliTest, PageWritesWhatExportWrites) {
             0);
   EXPECT_LT(ReadFileBytes(In("bare.dxf")).size(), ReadFileBytes(In("board_ROOT_PAGE2.dxf")).size());
 
-  // With no terminal to ask on, the save dialog is cancelled.
+  // With no terminal to ask on and nothing on standard input, there is no file to write.
   fs::remove(In("p.dxf"));
   const CommandResult asked = RunKalmor({"page", design, "--schematic", "ROOT", "--page", "PAGE1"});
-  EXPECT_EQ(
-      std::tie(asked.status, asked.out, asked.err),
-      std::make_tuple(0, std::string(), std::string("kalmor: no file chosen; nothing written\n")));
+  EXPECT_EQ(std::tie(asked.status, asked.out, asked.err),
+            std::make_tuple(2, std::string(),
+                            std::string("kalmor: no output file: give -o FILE, or the file name "
+                                        "on standard input\n")));
   EXPECT_EQ(Files(temp.path()).size(), 5u);
 }
 

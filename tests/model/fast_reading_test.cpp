@@ -95,6 +95,7 @@ TEST(FastReading, MakesTheDesignTheCarefulReadingMakes) {
       {"every field of every object",
        ReadFileBytes(SourceDir() / "tests/hardening/data/every_field.json")},
       {"the example board", ReadFileBytes(SourceDir() / "examples/board.json")},
+      {"the example of texts", ReadFileBytes(SourceDir() / "examples/texts.json")},
   };
   for (const auto& c : cases) {
     const std::string fast = Fast(c.json);
