@@ -51,9 +51,32 @@ FileError OpenRefusal(const std::string& path, int error) {
   return FileError(path, error);
 }
 
+// A design export writes its pages one after another: each file takes the buffer the last one
+// gave back, rather than allocating and clearing one of its own.
+std::vector<char>& SpareBuffer() {
+  thread_local std::vector<char> spare;
+  return spare;
+}
+
+std::vector<char> TakeBuffer() {
+  std::vector<char>& spare = SpareBuffer();
+  if (spare.size() == kBufferBytes) {
+    return std::move(spare);
+  }
+  return std::vector<char>(kBufferBytes);
+}
+
+void GiveBack(std::vector<char>& buffer) {
+  std::vector<char>& spare = SpareBuffer();
+  if (buffer.size() == kBufferBytes && spare.empty()) {
+    spare = std::move(buffer);
+  }
+  buffer = std::vector<char>();
+}
+
 }  // namespace
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)), buffer_(kBufferBytes) {
+OutputFile::OutputFile(std::string path) : path_(std::move(path)), buffer_(TakeBuffer()) {
   // A link at the target is not followed: one planted in a shared folder would send the page
   // to any file the user can write. Opening without blocking keeps a named pipe with no reader
   // from hanging the export before it is refused below.
@@ -151,6 +174,9 @@ void OutputFile::WritePending(std::size_t size) {
   }
   // On failure the bytes not yet written stay buffered, so a later Close() reports them too.
   const std::string_view pending = Pending();
+  if (pending.empty()) {
+    return;
+  }
   std::size_t done = 0;
   const int error = WriteFully(fd_, pending.data(), size, done);
   std::memmove(buffer_.data(), pending.data() + done, pending.size() - done);
@@ -163,7 +189,9 @@ void OutputFile::WritePending(std::size_t size) {
 
 void OutputFile::Hold() {
   Flush();
-  buffer_ = std::vector<char>();  // writes after this go straight to the system
+  // A write after this opens a buffer again, of the size it needs.
+  CloseWindow();
+  GiveBack(buffer_);
 }
 
 void OutputFile::Close() {
@@ -182,6 +210,7 @@ void OutputFile::Close() {
   }
   fd_ = -1;
   CloseWindow();
+  GiveBack(buffer_);
   // After EINTR the descriptor is gone all the same; anything else is a real failure (a
   // network file system reporting a late write error, for one).
   if (::close(fd) != 0 && errno != EINTR) {

@@ -50,6 +50,21 @@ TEST(OutputFile, KeepsOrderAcrossBufferedAndLargeWrites) {
   EXPECT_EQ(ReadFileBytes(path), expected);
 }
 
+// A held file gives its buffer back; what is written after that still reaches the file.
+TEST(OutputFile, HeldFilesTakeLaterWrites) {
+  TempDir dir;
+  OutputFile held((dir / "held.dxf").string());
+  held.Write("before ");
+  held.Hold();
+  OutputFile next((dir / "next.dxf").string());  // may take the buffer given back
+  next.Write("other");
+  held.Write(std::string(70000, 'x'));
+  held.Close();
+  next.Close();
+  EXPECT_EQ(ReadFileBytes(dir / "held.dxf"), "before " + std::string(70000, 'x'));
+  EXPECT_EQ(ReadFileBytes(dir / "next.dxf"), "other");
+}
+
 TEST(OutputFile, FailuresNameThePathAndTheReason) {
   TempDir dir;
   const std::string missing = (dir / "no such dir" / "x.dxf").string();
