@@ -844,7 +844,7 @@ class DocumentReader {
   void ReadPages(SchematicRead& read) {
     std::unordered_map<std::string, std::size_t> pageNames;
     std::vector<Page>& pages = read.schematic.pages;
-    in_.ListInto(pages, [&](Page& page) {
+    in_.GrowingListInto(pages, [&](Page& page) {
       const std::size_t index = pages.size() - 1;
       ReadPage(page, read.ids, read.index, index);
       if (const auto [first, added] = pageNames.emplace(page.name, index); !added) {
@@ -893,7 +893,7 @@ class DocumentReader {
   void ReadSchematics() {
     std::unordered_map<std::string, std::size_t> schematicNames;
     std::vector<Schematic>& schematics = data_.schematics;
-    in_.ListInto(schematics, [&](Schematic& schematic) {
+    in_.GrowingListInto(schematics, [&](Schematic& schematic) {
       const std::size_t index = schematics.size() - 1;
       ReadSchematic(schematic, index);
       if (const auto [first, added] = schematicNames.emplace(schematic.name, index); !added) {

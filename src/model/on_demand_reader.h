@@ -42,10 +42,23 @@ class OnDemandReader {
 
   template <typename Reader, typename Target>
   void Record(Fields<Reader, Target> fields, Reader& reader, Target& target);
-  // An array of objects read one by one into `items`. Its length is not known before it is
-  // read, and a pass to count it costs more than letting the vector grow and fitting it after.
+  // An array of objects read one by one into `items`, counted first so that the vector is
+  // made once at its size: for a long list, growing it would touch twice the memory.
   template <typename T, typename Read>
   void ListInto(std::vector<T>& items, Read&& read) {
+    simdjson::ondemand::array array = Array();
+    std::size_t count = 0;
+    Check(array.count_elements().get(count));
+    items.reserve(items.size() + count);
+    for (auto item : array) {
+      Check(std::move(item).get(value_));
+      read(items.emplace_back());
+    }
+  }
+  // The same for the outermost lists (schematics, pages), whose elements hold nearly the whole
+  // document: counting them would pass over it once more; they are few, and grow cheaply.
+  template <typename T, typename Read>
+  void GrowingListInto(std::vector<T>& items, Read&& read) {
     List([&](std::size_t) { read(items.emplace_back()); });
     items.shrink_to_fit();
   }

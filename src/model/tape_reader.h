@@ -60,6 +60,10 @@ class TapeReader {
     items.reserve(items.size() + ListSize());
     List([&](std::size_t) { read(items.emplace_back()); });
   }
+  template <typename T, typename Read>
+  void GrowingListInto(std::vector<T>& items, Read&& read) {
+    ListInto(items, std::forward<Read>(read));
+  }
   // An object whose member names are free (a map): `entry(key)` reads each value.
   template <typename Entry>
   void Map(Entry&& entry);
