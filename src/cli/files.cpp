@@ -97,11 +97,11 @@ std::size_t InputFile::Read(char* buffer, std::size_t size) {
   }
 }
 
-std::string InputFile::ReadAll() {
+std::string InputFile::ReadAll(std::size_t spare) {
   std::string bytes;
   struct stat info {};
   if (::fstat(fd_, &info) == 0 && S_ISREG(info.st_mode)) {
-    bytes.reserve(static_cast<std::size_t>(info.st_size));
+    bytes.reserve(static_cast<std::size_t>(info.st_size) + spare);
   }
   char buffer[1 << 16];
   while (const std::size_t got = Read(buffer, sizeof buffer)) {

@@ -46,7 +46,8 @@ class InputFile final : public DxfByteSource {
   FileIdentity identity() const { return identity_; }
 
   std::size_t Read(char* buffer, std::size_t size) override;  // 0 at the end
-  std::string ReadAll();
+  // The rest of the file, in a string with room for `spare` bytes more.
+  std::string ReadAll(std::size_t spare = 0);
 
  private:
   std::string path_;

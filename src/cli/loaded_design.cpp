@@ -9,13 +9,13 @@ namespace {
 std::string ReadDocument(const std::string& path, FileIdentity& identity) {
   InputFile file(path);
   identity = file.identity();
-  return file.ReadAll();
+  return file.ReadAll(model::kDocumentPadding);  // so that it is read in place
 }
 
 }  // namespace
 
 LoadedDesign::LoadedDesign(const std::string& path)
-    : design_(model::ReadDesignDocument(ReadDocument(path, identity_), path)) {}
+    : design_(model::ReadDesignDocumentInPlace(ReadDocument(path, identity_), path)) {}
 
 LoadedDesign::~LoadedDesign() = default;
 

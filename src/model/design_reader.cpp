@@ -18,6 +18,8 @@
 #include "model/tape_reader.h"
 
 namespace kalmor::model {
+
+static_assert(kDocumentPadding >= simdjson::SIMDJSON_PADDING);
 namespace detail {
 namespace {
 
@@ -140,6 +142,16 @@ std::unique_ptr<Design> ReadDesignDocument(std::string_view json, std::string_vi
                             simdjson::SIMDJSON_PADDING, documentName);
 }
 
+std::unique_ptr<Design> ReadDesignDocumentInPlace(std::string json, std::string_view documentName) {
+  if (json.capacity() - json.size() < simdjson::SIMDJSON_PADDING) {
+    return ReadDesignDocument(std::string_view(json), documentName);
+  }
+  const std::size_t size = json.size();
+  json.resize(size + simdjson::SIMDJSON_PADDING);  // within the capacity: no copy
+  return detail::ReadPadded(std::string_view(json).substr(0, size), simdjson::SIMDJSON_PADDING,
+                            documentName);
+}
+
 std::unique_ptr<Design> LoadDesignDocument(const std::string& path) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
                                                              &std::fclose);
@@ -149,7 +161,7 @@ std::unique_ptr<Design> LoadDesignDocument(const std::string& path) {
   std::string json;
   std::error_code unknown;
   if (const auto size = std::filesystem::file_size(path, unknown); !unknown) {
-    json.reserve(size + simdjson::SIMDJSON_PADDING);
+    json.reserve(size + kDocumentPadding);
   }
   char buffer[1 << 16];
   while (const std::size_t read = std::fread(buffer, 1, sizeof buffer, file.get())) {
@@ -158,10 +170,7 @@ std::unique_ptr<Design> LoadDesignDocument(const std::string& path) {
   if (std::ferror(file.get()) != 0) {
     throw DesignDocumentError(path + ": cannot read: " + std::strerror(errno));
   }
-  const std::size_t size = json.size();
-  json.resize(size + simdjson::SIMDJSON_PADDING);
-  return detail::ReadPadded(std::string_view(json).substr(0, size), simdjson::SIMDJSON_PADDING,
-                            path);
+  return ReadDesignDocumentInPlace(std::move(json), path);
 }
 
 }  // namespace kalmor::model

@@ -5,6 +5,7 @@
 // known, the line and column; a font that cannot be loaded to measure its texts raises
 // EnvironmentError.
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -21,6 +22,12 @@ class DesignDocumentError : public DocumentError {
 };
 
 std::unique_ptr<Design> ReadDesignDocument(std::string_view json, std::string_view documentName);
+
+// The reader reads a little past the end of the text, and copies a text given as a view to make
+// that room. A document handed over as a string whose capacity holds this many bytes more is
+// read in place.
+inline constexpr std::size_t kDocumentPadding = 64;
+std::unique_ptr<Design> ReadDesignDocumentInPlace(std::string json, std::string_view documentName);
 std::unique_ptr<Design> LoadDesignDocument(const std::string& path);
 
 }  // namespace kalmor::model
