@@ -5,7 +5,7 @@
 #include "cli/commands.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
-#include "export/output_names.h"
+#include "cli/unusable_names.h"
 
 namespace kalmor::cli {
 namespace {

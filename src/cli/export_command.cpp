@@ -6,7 +6,7 @@
 #include "cli/files.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
-#include "export/output_names.h"
+#include "cli/unusable_names.h"
 #include "kalmor/export.h"
 #include "render/svg_render.h"
 

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "cli/commands.h"
-#include "dxf/output_file.h"
+#include "kalmor/errors.h"
 
 namespace kalmor::cli {
 
@@ -29,9 +29,19 @@ std::string ReadWholeFile(const std::string& path) {
 }
 
 void WriteWholeFile(const std::string& path, const std::string& bytes) {
-  OutputFile file(path);
-  file.Write(bytes);
-  file.Close();
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (file == nullptr) {
+    throw FileError(path, errno);
+  }
+  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+  const int writeError = errno;
+  // Closing flushes, and reports what the last buffer met (a full disk, for one).
+  if (std::fclose(file) != 0) {
+    throw FileError(path, written ? errno : writeError);
+  }
+  if (!written) {
+    throw FileError(path, writeError);
+  }
 }
 
 }  // namespace kalmor::cli

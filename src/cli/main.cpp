@@ -8,9 +8,8 @@
 
 #include "cli/commands.h"
 #include "cli/terminal_ui.h"
-#include "dxf/output_file.h"
+#include "kalmor/errors.h"
 #include "kalmor/version.h"
-#include "model/design_reader.h"
 #include "render/svg_render.h"
 
 namespace {
@@ -20,6 +19,18 @@ using namespace kalmor::cli;
 int Fail(int status, const std::string& message) {
   std::cerr << "kalmor: " << Printable(message) << std::endl;
   return status;
+}
+
+int StatusOf(kalmor::ErrorKind kind) {
+  switch (kind) {
+    case kalmor::ErrorKind::kDocument:
+      return kInvalidInput;
+    case kalmor::ErrorKind::kOutputFile:
+      return kCannotWrite;
+    case kalmor::ErrorKind::kEnvironment:
+      return kCannotRunHere;
+  }
+  return kInvalidInput;
 }
 
 int Run(int argc, char** argv) {
@@ -83,16 +94,14 @@ int Run(int argc, char** argv) {
       return RunCheck(checkDesign);
     }
     return RunRender(renderInput, renderOutput);
-  } catch (const kalmor::model::DesignDocumentError& error) {
-    return Fail(kInvalidInput, error.what());
+  } catch (const kalmor::Error& error) {
+    return Fail(StatusOf(error.kind()), error.what());
   } catch (const kalmor::DxfReadError& error) {
     return Fail(kInvalidInput, error.what());
   } catch (const InputError& error) {
     return Fail(kInvalidInput, error.what());
   } catch (const UsageError& error) {
     return Fail(kUsage, error.what());
-  } catch (const kalmor::FileError& error) {
-    return Fail(kCannotWrite, error.what());
   }
 }
 

@@ -5,9 +5,19 @@
 #include <cstdio>
 #include <iostream>
 
-#include "export/vel_edit_path.h"
-
 namespace kalmor::cli {
+namespace {
+
+// Whether the path's last component has an extension; '/' and '\' both end a folder, as in the
+// paths the library takes apart.
+bool HasExtension(std::string_view path) {
+  const std::size_t folderEnd = path.find_last_of("/\\");
+  const std::string_view name =
+      folderEnd == std::string_view::npos ? path : path.substr(folderEnd + 1);
+  return name.find('.') != std::string_view::npos;
+}
+
+}  // namespace
 
 TerminalUserInterface::TerminalUserInterface(bool recordFiles)
     : progressToTerminal_(::isatty(STDERR_FILENO) != 0), recordFiles_(recordFiles) {}
@@ -37,7 +47,7 @@ std::optional<std::string> TerminalUserInterface::SaveFileDialog(
     return std::nullopt;
   }
   // As a save dialog does, a name typed without an extension gets the default one.
-  if (!settings.defaultExtension.empty() && CVelEditPath(answer.c_str()).GetExtension().empty()) {
+  if (!settings.defaultExtension.empty() && !HasExtension(answer)) {
     answer += "." + settings.defaultExtension;
   }
   return answer;

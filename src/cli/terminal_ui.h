@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "export/output_names.h"
+#include "cli/unusable_names.h"
 #include "kalmor/user_interface.h"
 
 namespace kalmor::cli {
