@@ -173,24 +173,21 @@ TEST_F(KalmorCliTest, UnwritableOutputExitsThreeNamingTheFile) {
   EXPECT_EQ(full.err, "kalmor: cannot write /dev/full: No space left on device\n");
 }
 
-// A property's text is measured while the design loads; a symbol's text only when its page is
-// written, so its font is looked for before the page file is opened.
+// A property's text is measured while the design loads; a symbol's text when its page is
+// written, so its font is looked for before the first page file is opened.
 TEST_F(KalmorCliTest, NoUsableFontExitsFourAndWritesNothing) {
   const std::string noFonts = Write("no-fonts.conf", "<?xml version=\"1.0\"?><fontconfig/>\n");
-  const Args designs{
-      Write("property.json", R"({ "kalmor_design": 1, "name": "B", "schematics": [ { "name": "S",
-        "pages": [ { "name": "P", "wires": [ { "start": [0, 0], "end": [10, 0],
-          "properties": [ { "name": "Net", "value": "N1" } ] } ] } ] } ] })"),
-      Write("symbol.json", R"({ "kalmor_design": 1, "name": "B",
-        "symbols": { "T": { "bbox": [0, 0, 40, 20],
-          "vectors": [ { "type": "text", "rect": [0, 0, 40, 20], "text": "T" } ] } },
-        "schematics": [ { "name": "S", "pages": [ { "name": "P",
-          "parts": [ { "id": "U1", "symbol": "T" } ] } ] } ] })")};
+  const std::string property = Write("property.json", R"({ "kalmor_design": 1, "name": "B",
+    "schematics": [ { "name": "S", "pages": [ { "name": "P", "wires": [ { "start": [0, 0],
+      "end": [10, 0], "properties": [ { "name": "Net", "value": "N1" } ] } ] } ] } ] })");
+  const std::string symbol = Write("symbol.json", R"({ "kalmor_design": 1, "name": "B",
+    "symbols": { "T": { "vectors": [ { "type": "text", "rect": [0, 0, 9, 9], "text": "T" } ] } },
+    "schematics": [ { "name": "S", "pages": [ { "name": "PLAIN" },
+      { "name": "P", "parts": [ { "id": "U1", "symbol": "T" } ] } ] } ] })");
   ASSERT_EQ(::setenv("FONTCONFIG_FILE", noFonts.c_str(), 1), 0);
-  for (const std::string& design : designs) {
-    for (const Args& arguments :
-         {Args{"export", design},
-          Args{"page", design, "--schematic", "S", "--page", "P", "-o", In("page.dxf")}}) {
+  for (const std::string& design : {property, symbol}) {
+    for (const Args& arguments : {Args{"export", design}, Args{"page", design, "--schematic", "S",
+                                                               "--page", "P", "-o", In("p.dxf")}}) {
       const CommandResult result = RunKalmor(arguments);
       EXPECT_EQ(result.status, 4) << ::testing::PrintToString(arguments);
       EXPECT_THAT(result.err, HasSubstr("no font file found"));

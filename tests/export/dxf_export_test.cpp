@@ -12,7 +12,6 @@
 #include "model/design.h"
 #include "model/design_reader.h"
 #include "support/paths.h"
-#include "text/font_metrics.h"
 
 namespace kalmor {
 namespace {
@@ -195,33 +194,6 @@ TEST_F(DxfExportTest, MissingDirectoryEndsTheExportAndLeavesTheFlagSet) {
   PageToDXF(design->FindPage("S", "P2"), nullptr, In("p2.dxf"), 0, 1, 1);
   EXPECT_THAT(ui.messages, IsEmpty());
   EXPECT_EQ(ReadFileBytes(In("p2.dxf")), kEmptyPageFile);
-}
-
-// No font can be had: an export stops before opening the file of a page that measures a text,
-// and a page that measures none is written all the same.
-TEST_F(DxfExportTest, MissingFontStopsBeforeAnyFileIsOpened) {
-  struct NoFonts final : FontMetricsSource {
-    bool GetTextMetrics(const LogFont&, TextMetrics&) override { throw Missing(); }
-    TextExtent GetTextExtent(const LogFont&, std::string_view) override { throw Missing(); }
-    void PrepareFont(const LogFont&) override { throw Missing(); }
-    static EnvironmentError Missing() { return EnvironmentError("no font file found"); }
-  } noFonts;
-  const auto design = model::ReadDesignDocument(R"({ "kalmor_design": 1, "name": "B",
-    "symbols": { "T": { "vectors": [ { "type": "text", "rect": [0, 0, 9, 9], "text": "T" } ] } },
-    "schematics": [ { "name": "S", "pages": [ { "name": "PLAIN" },
-      { "name": "TEXT", "parts": [ { "id": "U1", "symbol": "T" } ] } ] } ] })",
-                                                "fonts.json");
-  const ScopedFontMetrics installed(noFonts);
-
-  EXPECT_THROW(DesignToDXF(design.get(), In("board.dxf"), 0, 1, 1), EnvironmentError);
-  EXPECT_EQ(g_inDesignExport, 0);
-  EXPECT_THROW(PageToDXF(design->FindPage("S", "TEXT"), nullptr, In("text.dxf"), 0, 1, 1),
-               EnvironmentError);
-  EXPECT_THAT(Files(), IsEmpty());
-  EXPECT_THAT(ui.messages, IsEmpty());
-
-  PageToDXF(design->FindPage("S", "PLAIN"), nullptr, In("plain.dxf"), 0, 0, 1);
-  EXPECT_THAT(Files(), ElementsAre("plain.dxf"));
 }
 
 TEST_F(DxfExportTest, EmptyNameAsksTheUser) {
