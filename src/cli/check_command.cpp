@@ -60,6 +60,8 @@ std::string PageSummary(const DboPage& page, DboState& state) {
 }  // namespace
 
 int RunCheck(const std::string& designPath) {
+  TerminalUserInterface ui;  // before loading, as for export
+  const ScopedUserInterface scoped(ui);
   const LoadedDesign loaded(designPath);
   const DboDesign& design = loaded.design();
   DboState state;

@@ -34,6 +34,9 @@ std::string SvgPathFor(const std::string& dxfPath) {
 }  // namespace
 
 int RunExport(const ExportOptions& options) {
+  // Installed first: loading measures the design's texts, which may have something to report.
+  TerminalUserInterface ui(/*recordFiles=*/options.svg);
+  const ScopedUserInterface scoped(ui);
   const LoadedDesign loaded(options.design);
   if (!options.rawNames) {
     const std::vector<UnusableName> refusals = FindUnusableNames(loaded.design());
@@ -46,8 +49,6 @@ int RunExport(const ExportOptions& options) {
     }
   }
 
-  TerminalUserInterface ui(/*recordFiles=*/options.svg);
-  const ScopedUserInterface scoped(ui);
   DesignToDXF(&loaded.design(), OutputPath(options), 0, options.noFrame ? 0 : 1,
               options.noTitleBlocks ? 0 : 1);
 

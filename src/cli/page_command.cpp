@@ -65,14 +65,14 @@ const DboInstOccurrence* FindOccurrence(const LoadedDesign& loaded, const std::s
 }  // namespace
 
 int RunPage(const PageOptions& options) {
+  TerminalUserInterface ui;  // before loading, as for export
+  const ScopedUserInterface scoped(ui);
   const LoadedDesign loaded(options.design);
   const DboSchematic& schematic = FindSchematic(loaded.design(), options.schematic);
   const DboPage& page = FindPage(schematic, options.page);
   const DboInstOccurrence* occurrence =
       options.occurrence.empty() ? nullptr : FindOccurrence(loaded, options.occurrence, schematic);
 
-  TerminalUserInterface ui;
-  const ScopedUserInterface scoped(ui);
   PageToDXF(&page, occurrence, options.output, 0, options.noFrame ? 0 : 1,
             options.noTitleBlocks ? 0 : 1);
   return kDone;

@@ -197,6 +197,21 @@ TEST_F(KalmorCliTest, NoUsableFontExitsFourAndWritesNothing) {
   EXPECT_THAT(Files(temp.path()), ElementsAre("no-fonts.conf", "property.json", "symbol.json"));
 }
 
+// Property texts are measured while the design loads; what measuring reports reaches the user.
+TEST_F(KalmorCliTest, ATextTooWideToMeasureIsReportedWhileLoading) {
+  const std::string design =
+      Write("wide.json", R"({ "kalmor_design": 1, "name": "B",
+    "schematics": [ { "name": "S", "pages": [ { "name": "P", "wires": [ { "start": [0, 0],
+      "end": [10, 0], "properties": [ { "name": "N", "value": ")" +
+                             std::string(6000, 'W') + R"(" } ] } ] } ] } ] })");
+  for (const char* command : {"export", "check"}) {
+    const CommandResult result = RunKalmor({command, design});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("KALMOR: Internal Device Error: TextExtent returned "
+                                      "unrealistic values."));
+  }
+}
+
 TEST_F(KalmorCliTest, UnusableNamesAreRefusedUnlessTakenRaw) {
   const CommandResult refused =
       RunKalmor({"export", Write("refused.json", WithPages({"OK", "../up", "a\\\\b", "", "."}))});
