@@ -25,8 +25,6 @@ file(RELATIVE_PATH pc_prefix_from_pcfiledir /prefix/${CMAKE_INSTALL_LIBDIR}/pkgc
 configure_file(${CMAKE_CURRENT_LIST_DIR}/kalmor.pc.in ${PROJECT_BINARY_DIR}/kalmor.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kalmor.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# The command finds the library beside it wherever the prefix is moved.
-set_target_properties(kalmor_cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 install(TARGETS kalmor_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES ${PROJECT_SOURCE_DIR}/docs/kalmor.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 

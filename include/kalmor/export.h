@@ -28,7 +28,9 @@ KALMOR_API extern uint8_t g_inDesignExport;
 
 // Writes every page of every schematic of `design`, each schematic once, to
 // <stem>_<schematic>_<page>.dxf, where the stem is `path` less a final ".dxf". A null design
-// does nothing. `unused` is handed to PageToDXF, which ignores it.
+// does nothing. `unused` is handed to PageToDXF, which ignores it. Every page file stays open,
+// locked against other exports, until the completion message has been shown, so that no page
+// reported complete was replaced in between. A link or a named pipe at a file is refused.
 KALMOR_API void DesignToDXF(const DboDesign* design, std::string path, int32_t unused,
                             int32_t frame, int32_t titleBlocks);
 

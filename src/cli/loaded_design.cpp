@@ -5,7 +5,18 @@
 
 namespace kalmor::cli {
 
-LoadedDesign::LoadedDesign(const std::string& path) : design_(model::LoadDesignDocument(path)) {}
+namespace {
+
+std::string ReadDocument(const std::string& path, FileIdentity& identity) {
+  InputFile file(path);
+  identity = file.identity();
+  return file.ReadAll();
+}
+
+}  // namespace
+
+LoadedDesign::LoadedDesign(const std::string& path)
+    : design_(model::ReadDesignDocument(ReadDocument(path, identity_), path)) {}
 
 LoadedDesign::~LoadedDesign() = default;
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "cli/files.h"
 #include "kalmor/dbo.h"
 
 namespace kalmor::model {
@@ -15,17 +16,21 @@ namespace kalmor::cli {
 
 class LoadedDesign {
  public:
-  // Throws DesignDocumentError when the document cannot be read or is invalid.
+  // Throws InputError when the file cannot be read (see InputFile), DesignDocumentError when
+  // the document is invalid.
   explicit LoadedDesign(const std::string& path);
   ~LoadedDesign();
   LoadedDesign(const LoadedDesign&) = delete;
   LoadedDesign& operator=(const LoadedDesign&) = delete;
 
   const DboDesign& design() const;
+  // The design file, which no output may replace.
+  const FileIdentity& identity() const { return identity_; }
   // The occurrence at a path such as /BLK1, or null.
   const DboInstOccurrence* FindOccurrence(const std::string& path) const;
 
  private:
+  FileIdentity identity_;
   std::unique_ptr<model::Design> design_;
 };
 

@@ -7,9 +7,12 @@
 #include <new>
 
 #include "cli/commands.h"
+#include "cli/interruption.h"
+#include "cli/process_setup.h"
 #include "cli/terminal_ui.h"
 #include "kalmor/errors.h"
 #include "kalmor/version.h"
+#include "model/design_reader.h"
 #include "render/svg_render.h"
 
 namespace {
@@ -94,20 +97,30 @@ int Run(int argc, char** argv) {
       return RunCheck(checkDesign);
     }
     return RunRender(renderInput, renderOutput);
-  } catch (const kalmor::Error& error) {
-    return Fail(StatusOf(error.kind()), error.what());
+  } catch (const kalmor::model::DesignDocumentError& error) {
+    return Fail(kInvalidInput, error.what());
   } catch (const kalmor::DxfReadError& error) {
     return Fail(kInvalidInput, error.what());
   } catch (const InputError& error) {
     return Fail(kInvalidInput, error.what());
   } catch (const UsageError& error) {
     return Fail(kUsage, error.what());
+  } catch (const kalmor::FileError& error) {
+    // Built from its parts, which keep their lengths: the path may hold any byte.
+    return Fail(kCannotWrite, "cannot write " + Shortened(error.path(), kLongestPathShown) + ": " +
+                                  error.reason());
+  } catch (const kalmor::Error& error) {
+    return Fail(StatusOf(error.kind()), error.what());
   }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!PrepareProcess()) {
+    return kCannotWrite;
+  }
+  InstallInterruptionHandlers();
   try {
     return Run(argc, argv);
   } catch (const std::bad_alloc&) {

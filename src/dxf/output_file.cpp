@@ -32,23 +32,47 @@ int WriteFully(int fd, const char* data, std::size_t size, std::size_t& done) {
   return 0;
 }
 
+// Why `path` could not be opened for writing: the links and sockets that the open refuses on
+// purpose get words of their own rather than the system's puzzling ones.
+FileError OpenRefusal(const std::string& path, int error) {
+  struct stat info {};
+  if ((error == ELOOP || error == ENXIO) && ::lstat(path.c_str(), &info) == 0) {
+    if (S_ISLNK(info.st_mode)) {
+      return FileError(path, "it is a symbolic link, and links are not followed", error);
+    }
+    if (S_ISSOCK(info.st_mode)) {
+      return FileError(path, "it is a socket, not a file", error);
+    }
+  }
+  return FileError(path, error);
+}
+
 }  // namespace
 
 OutputFile::OutputFile(std::string path) : path_(std::move(path)), buffer_(kBufferBytes) {
-  const int fd = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+  // A link at the target is not followed: one planted in a shared folder would send the page
+  // to any file the user can write. Opening without blocking keeps a named pipe with no reader
+  // from hanging the export before it is refused below.
+  const int fd =
+      ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
   if (fd < 0) {
-    throw FileError(path_, errno);
+    throw OpenRefusal(path_, errno);
   }
   const auto refuse = [&](int error) {
     ::close(fd);
     throw FileError(path_, error);
   };
-  // Only a regular file is locked and emptied: a device or pipe (/dev/stdout, /dev/full) is
-  // written as it is. The lock comes first so that a file another export is still writing is
-  // refused before anything in it is lost.
+  // Only a regular file is locked and emptied: a device (/dev/null, /dev/full) is written as it
+  // is. A named pipe would hang the export, or swallow a page while success is reported. The
+  // lock comes first so that a file another export is still writing is refused before anything
+  // in it is lost.
   struct stat info {};
   if (::fstat(fd, &info) != 0) {
     refuse(errno);
+  }
+  if (S_ISFIFO(info.st_mode)) {
+    ::close(fd);
+    throw FileError(path_, "it is a named pipe, not a file");
   }
   if (S_ISREG(info.st_mode)) {
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
@@ -61,6 +85,10 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path)), buffer_(kBuff
     if (::ftruncate(fd, 0) != 0) {
       refuse(errno);
     }
+  }
+  if (const int flags = ::fcntl(fd, F_GETFL);
+      flags < 0 || ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+    refuse(errno);
   }
   fd_ = fd;
 }
@@ -121,6 +149,11 @@ void OutputFile::Flush() {
     throw FileError(path_, error);
   }
   used_ = 0;
+}
+
+void OutputFile::Hold() {
+  Flush();
+  buffer_ = std::vector<char>();  // writes after this go straight to the system
 }
 
 void OutputFile::Close() {

@@ -27,11 +27,15 @@ class OutputFile final : public ByteSink {
   void Write(std::string_view bytes) override;
   // Hands the buffer to the operating system; throws FileError on failure.
   void Flush();
+  // Flushes and gives back the buffer; the file stays open, and locked, until Close(). For a
+  // file that is written and must stay held while others are written.
+  void Hold();
   // Flushes and closes; throws FileError on failure. Idempotent.
   void Close();
 
   const std::string& path() const { return path_; }
   bool is_open() const { return fd_ >= 0; }
+  int descriptor() const { return fd_; }
 
  private:
   void WriteAll(const char* data, std::size_t size);

@@ -110,7 +110,7 @@ class Install(unittest.TestCase):
                      "/lib/cmake/kalmor/kalmorConfig.cmake", "/lib/pkgconfig/kalmor.pc",
                      "/share/man/man1/kalmor.1", "/share/doc/kalmor/README.md"):
             self.assertIn("./usr" + path, files)
-        # Unpacked anywhere, the command finds its library beside it.
+        # The packaged command runs as it is.
         run("dpkg-deb", "-x", deb, str(self.root / "unpacked"))
         self.assertEqual(run(str(self.root / "unpacked/usr/bin/kalmor"), "--version").stdout,
                          f"kalmor {VERSION}\n")
