@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/export_pictures.h"
 #include "cli/export_plan.h"
 #include "cli/files.h"
 #include "cli/interruption.h"
@@ -11,7 +12,6 @@
 #include "cli/unusable_names.h"
 #include "export/output_names.h"
 #include "kalmor/export.h"
-#include "render/svg_render.h"
 
 namespace kalmor::cli {
 namespace {
@@ -30,30 +30,16 @@ std::string OutputPath(const ExportOptions& options) {
   return options.output;
 }
 
-std::string SvgPathFor(const std::string& dxfPath) {
-  return std::filesystem::path(dxfPath).replace_extension(".svg").string();
-}
-
-void WriteSvgBeside(const std::string& dxfPath) {
-  const std::string svgPath = SvgPathFor(dxfPath);
-  BeginOutput({svgPath,
-               false,
-               "kalmor: interrupted while writing " + Shortened(svgPath, kLongestPathShown) +
-                   ", which was removed; every page file was completed\n",
-               {}});
-  InputFile dxf(dxfPath);
-  WriteWholeFile(svgPath, RenderDxfToSvg(dxf, dxfPath));
-}
-
 }  // namespace
 
 int RunExport(const ExportOptions& options) {
   // Installed first: loading measures the design's texts, which may have something to report.
-  TerminalUserInterface ui(/*recordFiles=*/options.svg);
+  TerminalUserInterface ui;
   const ScopedUserInterface scoped(ui);
   const LoadedDesign loaded(options.design);
   const std::string outputPath = OutputPath(options);
-  const std::vector<PlannedPage> pages = PlanPageFiles(loaded.design(), MakeOutputStem(outputPath));
+  const std::string stem = MakeOutputStem(outputPath);
+  const std::vector<PlannedPage> pages = PlanPageFiles(loaded.design(), stem);
 
   // Refused all before anything is written, so that an export never stops half-way on them.
   std::vector<std::string> refusals;
@@ -80,9 +66,12 @@ int RunExport(const ExportOptions& options) {
   }
   for (const PlannedPage& page : pages) {
     RefuseSameFile(page.file, loaded.identity(), options.design);
-    if (options.svg) {
+    if (options.svg || options.html) {
       RefuseSameFile(SvgPathFor(page.file), loaded.identity(), options.design);
     }
+  }
+  if (options.html) {
+    RefuseSameFile(GalleryPathFor(stem), loaded.identity(), options.design);
   }
 
   DboState state;
@@ -92,11 +81,11 @@ int RunExport(const ExportOptions& options) {
   const OutputTracking tracking;
   DesignToDXF(&loaded.design(), outputPath, 0, options.noFrame ? 0 : 1,
               options.noTitleBlocks ? 0 : 1);
-
-  if (options.svg) {
-    for (const std::string& dxfPath : ui.AnnouncedFiles()) {
-      WriteSvgBeside(dxfPath);
-    }
+  if (options.svg || options.html) {
+    WritePictures(loaded, options, stem, pages);
+  }
+  if (options.html) {
+    std::cout << "gallery: " << Printable(GalleryPathFor(stem)) << std::endl;
   }
   return kDone;
 }

@@ -1,6 +1,5 @@
 #include "cli/loaded_design.h"
 
-#include "model/design.h"
 #include "model/design_reader.h"
 
 namespace kalmor::cli {
@@ -26,6 +25,14 @@ const DboDesign& LoadedDesign::design() const {
 
 const DboInstOccurrence* LoadedDesign::FindOccurrence(const std::string& path) const {
   return design_->FindOccurrence(path);
+}
+
+const std::string& LoadedDesign::RootSchematic() const {
+  return design_->rootName();
+}
+
+std::vector<model::BlockOccurrence> LoadedDesign::Blocks() const {
+  return design_->BlockOccurrences();
 }
 
 }  // namespace kalmor::cli
