@@ -1,6 +1,7 @@
 #include "board_adapter.h"
 
 #include <kalmor/display_text.h>
+#include <kalmor/host_text.h>
 
 #include <string>
 #include <utility>
@@ -46,7 +47,7 @@ class BodyBox final : public DboBox {
 
 class Glyph final : public DboCommentText {
  public:
-  Glyph(std::string text, CRect box) : text_(std::move(text)), box_(box) {}
+  Glyph(const std::string& text, CRect box) : text_(HostTextFromUtf8(text)), box_(box) {}
   int32_t GetObjectType(DboState&) const override { return dbo_type::kCommentText; }
   CRect GetBoundingBox(DboState&) const override { return box_; }
   void GetFont(LogFont& font, DboState&) const override { font = LogFont{}; }
@@ -86,20 +87,23 @@ class SymbolAdapter final : public DboGraphicObject {
 
 class LabelAdapter final : public DboDisplayProp {
  public:
+  // The application keeps UTF-8; the export takes host texts.
   LabelAdapter(const Label& label, const DboBaseObject* owner)
       : label_(label),
+        name_(HostTextFromUtf8(label.name)),
+        value_(HostTextFromUtf8(label.value)),
         owner_(owner),
         type_(label.showName ? 2 : 1),
-        extent_(MeasureDisplayPropText(label.name, label.value, type_, font_)) {}
+        extent_(MeasureDisplayPropText(name_, value_, type_, font_)) {}
   int32_t GetObjectType(DboState&) const override { return kOtherType; }
   DisplayTypeT GetDisplayType(DboState&) const override { return type_; }
-  void GetName(std::string& name, DboState&) const override { name = label_.name; }
+  void GetName(std::string& name, DboState&) const override { name = name_; }
   void GetValueString(std::string& value, const DboInstOccurrence*, DboState&) const override {
-    value = label_.value;
+    value = value_;
   }
   void GetValueStringForOccurrence(DboDesignOccurrenceId, std::string& value,
                                    DboState&) const override {
-    value = label_.value;
+    value = value_;
   }
   CPoint GetLocation(DboState&) const override { return {label_.offset.x, label_.offset.y}; }
   RotationT GetRotation(DboState&) const override { return 0; }
@@ -109,6 +113,8 @@ class LabelAdapter final : public DboDisplayProp {
 
  private:
   const Label& label_;
+  std::string name_;
+  std::string value_;
   const DboBaseObject* owner_;
   DisplayTypeT type_;
   LogFont font_;  // the default: Arial, 9 high
@@ -119,13 +125,17 @@ class PartAdapter;
 
 class PinAdapter final : public DboPortInst {
  public:
-  PinAdapter(const Pin& pin, const PartAdapter& owner) : pin_(pin), owner_(owner) {}
+  PinAdapter(const Pin& pin, const PartAdapter& owner)
+      : pin_(pin),
+        name_(HostTextFromUtf8(pin.name)),
+        number_(HostTextFromUtf8(pin.number)),
+        owner_(owner) {}
   int32_t GetObjectType(DboState&) const override { return kOtherType; }
   CPoint GetStartPoint(DboState&) const override { return {pin_.from.x, pin_.from.y}; }
   CPoint GetEndPoint(DboState&) const override { return {pin_.to.x, pin_.to.y}; }
   int32_t GetIsVisible(DboState&) const override { return 1; }
-  void GetPinName(std::string& name, DboState&) const override { name = pin_.name; }
-  void GetPinNumber(std::string& number, DboState&) const override { number = pin_.number; }
+  void GetPinName(std::string& name, DboState&) const override { name = name_; }
+  void GetPinNumber(std::string& number, DboState&) const override { number = number_; }
   int32_t GetIsNoConnect(DboState&) const override { return 0; }
   int32_t GetBlockPinKind(DboState&) const override { return 0; }
   int32_t GetIsDot(DboState&) const override { return 0; }
@@ -137,6 +147,8 @@ class PinAdapter final : public DboPortInst {
 
  private:
   const Pin& pin_;
+  std::string name_;
+  std::string number_;
   const PartAdapter& owner_;
 };
 
@@ -191,15 +203,16 @@ const DboPartInst* PinAdapter::GetOwner(DboState&) const {
 
 class NetName final : public DboAlias {
  public:
-  explicit NetName(const Wire& wire) : wire_(wire) {}
+  explicit NetName(const Wire& wire) : wire_(wire), name_(HostTextFromUtf8(wire.net)) {}
   int32_t GetObjectType(DboState&) const override { return kOtherType; }
   CPoint GetLocation(DboState&) const override { return {wire_.from.x + 10, wire_.from.y}; }
   RotationT GetRotation(DboState&) const override { return 0; }
-  void GetName(std::string& name, DboState&) const override { name = wire_.net; }
+  void GetName(std::string& name, DboState&) const override { name = name_; }
   void GetFont(LogFont& font, DboState&) const override { font = LogFont{}; }
 
  private:
   const Wire& wire_;
+  std::string name_;
 };
 
 class WireAdapter final : public DboWire {
