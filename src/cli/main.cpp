@@ -10,7 +10,7 @@
 #include "cli/interruption.h"
 #include "cli/process_setup.h"
 #include "cli/terminal_ui.h"
-#include "dxf/output_file.h"
+#include "kalmor/errors.h"
 #include "kalmor/version.h"
 #include "model/design_reader.h"
 #include "render/svg_render.h"
@@ -22,6 +22,18 @@ using namespace kalmor::cli;
 int Fail(int status, const std::string& message) {
   std::cerr << "kalmor: " << Printable(message) << std::endl;
   return status;
+}
+
+int StatusOf(kalmor::ErrorKind kind) {
+  switch (kind) {
+    case kalmor::ErrorKind::kDocument:
+      return kInvalidInput;
+    case kalmor::ErrorKind::kOutputFile:
+      return kCannotWrite;
+    case kalmor::ErrorKind::kEnvironment:
+      return kCannotRunHere;
+  }
+  return kInvalidInput;
 }
 
 int Run(int argc, char** argv) {
@@ -99,6 +111,8 @@ int Run(int argc, char** argv) {
     // Built from its parts, which keep their lengths: the path may hold any byte.
     return Fail(kCannotWrite, "cannot write " + Shortened(error.path(), kLongestPathShown) + ": " +
                                   error.reason());
+  } catch (const kalmor::Error& error) {
+    return Fail(StatusOf(error.kind()), error.what());
   }
 }
 
