@@ -54,7 +54,7 @@ class Recycled {
       shelf.slots[shelf.count++] = object;
       return;
     }
-    ::operator delete(object, size);
+    ::operator delete(object);
   }
 
  private:
@@ -64,7 +64,7 @@ class Recycled {
     std::size_t count = 0;
     ~Shelf() {
       while (count > 0) {
-        ::operator delete(slots[--count], sizeof(T));
+        ::operator delete(slots[--count]);
       }
     }
   };
