@@ -10,7 +10,7 @@ namespace kalmor::cli {
 
 enum ExitStatus : int {
   kDone = 0,
-  kInvalidInput = 1,  // an invalid design document or DXF file, or refused names
+  kInvalidInput = 1,  // an invalid design document, KiCad schematic or DXF file, or refused names
   kUsage = 2,
   kCannotWrite = 3,
 };
@@ -49,6 +49,7 @@ struct PageOptions {
 int RunExport(const ExportOptions& options);
 int RunPage(const PageOptions& options);
 int RunCheck(const std::string& design);
+int RunConvert(const std::string& design, const std::string& output);
 int RunRender(const std::string& input, const std::string& output);
 
 }  // namespace kalmor::cli

@@ -1,6 +1,7 @@
 #pragma once
 
-// A design document loaded into the in-memory host database, as the subcommands use it.
+// A design loaded into the in-memory host database, as the subcommands use it: from a JSON design
+// document or a KiCad schematic, told apart by their content.
 
 #include <memory>
 #include <string>
@@ -15,13 +16,15 @@ namespace kalmor::cli {
 
 class LoadedDesign {
  public:
-  // Throws DesignDocumentError when the document cannot be read or is invalid.
+  // Throws DesignDocumentError or KiCadError when the file cannot be read or is invalid; prints
+  // the reader's warnings on standard error.
   explicit LoadedDesign(const std::string& path);
   ~LoadedDesign();
   LoadedDesign(const LoadedDesign&) = delete;
   LoadedDesign& operator=(const LoadedDesign&) = delete;
 
   const DboDesign& design() const;
+  const model::Design& model() const;
   // The occurrence at a path such as /BLK1, or null.
   const DboInstOccurrence* FindOccurrence(const std::string& path) const;
 
