@@ -568,6 +568,7 @@ class Builder {
       pin.start = placed(local.at);
       pin.end = placed(local.end);
       pin.visible = !own.hidden;
+      pin.noConnect = own.type == "no_connect";  // KiCad marks such pins with a cross
       pin.dot = shape == "inverted" || shape == "inverted_clock";
       pin.clock = shape == "clock" || shape == "inverted_clock" || shape == "clock_low" ||
                   shape == "edge_clock_high";
@@ -1014,13 +1015,13 @@ class Builder {
       warnings_.push_back({{}, "an image of a kind this reader cannot size is left out"});
       return;
     }
-    const double width = ToUnitsExact(size->widthMillimetres * image.scale);
-    const double height = ToUnitsExact(size->heightMillimetres * image.scale);
-    const double x = ExactX(image.at.x);
-    const double y = ExactY(image.at.y);
+    const int32_t width = ToUnits(size->widthMillimetres * image.scale);
+    const int32_t height = ToUnits(size->heightMillimetres * image.scale);
     auto bitmap = std::make_unique<BitMapShape>();
-    bitmap->rect = {RoundToUnit(x - width / 2), RoundToUnit(y - height / 2),
-                    RoundToUnit(x + width / 2), RoundToUnit(y + height / 2)};
+    bitmap->rect.left = RoundToUnit(ExactX(image.at.x) - width / 2.0);
+    bitmap->rect.top = RoundToUnit(ExactY(image.at.y) - height / 2.0);
+    bitmap->rect.right = bitmap->rect.left + width;
+    bitmap->rect.bottom = bitmap->rect.top + height;
     AddGraphic(std::move(bitmap));
   }
 

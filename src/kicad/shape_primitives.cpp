@@ -11,12 +11,14 @@ namespace kalmor::kicad::detail {
 namespace {
 
 using model::detail::ArcShape;
+using model::detail::BitMapShape;
 using model::detail::BoxShape;
 using model::detail::EllipseShape;
 using model::detail::GraphicList;
 using model::detail::LineShape;
 using model::detail::PolygonShape;
 using model::detail::PolylineShape;
+using model::detail::TextShape;
 
 constexpr double kLineWidthMillimetres = 0.508;
 constexpr int kBezierSegments = 16;
@@ -169,6 +171,10 @@ void VisitPoints(DboBaseObject& primitive, Visit&& visit) {
     visit(arc->end);
   } else if (auto* ellipse = dynamic_cast<EllipseShape*>(&primitive)) {
     visit(ellipse->rect);
+  } else if (auto* bitmap = dynamic_cast<BitMapShape*>(&primitive)) {
+    visit(bitmap->rect);
+  } else if (auto* text = dynamic_cast<TextShape*>(&primitive)) {
+    visit(text->rect);
   } else if (auto* polygon = dynamic_cast<PolygonShape*>(&primitive)) {
     for (CPoint& point : polygon->points) {
       visit(point);

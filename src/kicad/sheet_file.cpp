@@ -284,6 +284,7 @@ std::optional<Shape> ShapeOf(Sexpr node) {
 
 LibPin PinOf(Sexpr node) {
   LibPin pin;
+  pin.type = TextOf(Required(node, 1, "its electrical type"), "a pin type");
   pin.shape = TextOf(Required(node, 2, "its graphic shape"), "a pin shape");
   pin.at = AtOf(node, &pin.angle);
   if (const Sexpr length = node.Find("length")) {

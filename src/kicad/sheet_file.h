@@ -86,6 +86,7 @@ struct PinAlternate {
 };
 
 struct LibPin {
+  std::string type;   // input, output, ..., no_connect
   std::string shape;  // line, inverted, clock, ...
   Vec at;             // the connection point, library coordinates
   double angle = 0;   // 0: the pin runs from its point to the right
