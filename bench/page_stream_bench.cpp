@@ -17,7 +17,7 @@
 
 #include "dxf/output_file.h"
 #include "dxf/skeleton.h"
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 #include "model/design.h"
 #include "model/design_reader.h"
 #include "page/page_walk.h"

@@ -6,7 +6,7 @@ function(kalmor_add_test_files)
   foreach(source IN LISTS test_sources)
     get_filename_component(name ${source} NAME_WE)
     add_executable(${name} ${source})
-    target_link_libraries(${name} PRIVATE kalmor kalmor_test_support kalmor_warnings
+    target_link_libraries(${name} PRIVATE kalmor_test_support kalmor_warnings
                                           GTest::gtest GTest::gmock GTest::gtest_main)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
                          PROPERTIES ENVIRONMENT "KALMOR_SOURCE_DIR=${PROJECT_SOURCE_DIR}")

@@ -1,8 +1,10 @@
+#include <filesystem>
 #include <iostream>
 #include <string>
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/export_plan.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
 #include "export/output_names.h"
@@ -57,6 +59,11 @@ std::string PageSummary(const DboPage& page, DboState& state) {
   return summary;
 }
 
+// The file an export with no -o would begin its page files with.
+std::string DefaultStem(const std::string& designPath) {
+  return MakeOutputStem(std::filesystem::path(designPath).replace_extension(".dxf").string());
+}
+
 }  // namespace
 
 int RunCheck(const std::string& designPath) {
@@ -81,11 +88,11 @@ int RunCheck(const std::string& designPath) {
         while (const DboPage* page = pages->NextPage(state)) {
           std::string pageName;
           page->GetName(pageName, state);
-          pageLines.push_back("  page " + pageName + ": " + PageSummary(*page, state));
+          pageLines.push_back("  page " + Shortened(pageName) + ": " + PageSummary(*page, state));
         }
       }
       pageCount += static_cast<int>(pageLines.size());
-      lines.push_back("schematic " + name + ": " +
+      lines.push_back("schematic " + Shortened(name) + ": " +
                       Counted(static_cast<int>(pageLines.size()), "page", "pages"));
       lines.insert(lines.end(), pageLines.begin(), pageLines.end());
     }
@@ -93,7 +100,7 @@ int RunCheck(const std::string& designPath) {
 
   std::string designName;
   design.GetName(designName, state);
-  std::cout << Printable("design " + designName + ": " +
+  std::cout << Printable("design " + Shortened(designName) + ": " +
                          Counted(schematicCount, "schematic", "schematics") + ", " +
                          Counted(pageCount, "page", "pages"))
             << "\n";
@@ -106,6 +113,10 @@ int RunCheck(const std::string& designPath) {
     std::cout << Printable("note: export refuses " + DescribeUnusableName(refusal) +
                            " (--raw-names takes it)")
               << "\n";
+  }
+  for (const std::string& refusal :
+       FindFileNameRefusals(PlanPageFiles(design, DefaultStem(designPath)))) {
+    std::cout << Printable("note: export refuses " + refusal) << "\n";
   }
   std::cout << std::flush;
   return kDone;

@@ -3,11 +3,13 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/export_plan.h"
 #include "cli/files.h"
+#include "cli/interruption.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
-#include "export/dxf_export.h"
 #include "export/output_names.h"
+#include "kalmor/export.h"
 #include "render/svg_render.h"
 
 namespace kalmor::cli {
@@ -31,29 +33,67 @@ std::string SvgPathFor(const std::string& dxfPath) {
   return std::filesystem::path(dxfPath).replace_extension(".svg").string();
 }
 
+void WriteSvgBeside(const std::string& dxfPath) {
+  const std::string svgPath = SvgPathFor(dxfPath);
+  BeginOutput({svgPath,
+               false,
+               "kalmor: interrupted while writing " + Shortened(svgPath, kLongestPathShown) +
+                   ", which was removed; every page file was completed\n",
+               {}});
+  InputFile dxf(dxfPath);
+  WriteWholeFile(svgPath, RenderDxfToSvg(dxf, dxfPath));
+}
+
 }  // namespace
 
 int RunExport(const ExportOptions& options) {
   const LoadedDesign loaded(options.design);
+  const std::string outputPath = OutputPath(options);
+  const std::vector<PlannedPage> pages = PlanPageFiles(loaded.design(), MakeOutputStem(outputPath));
+
+  // Refused all before anything is written, so that an export never stops half-way on them.
+  std::vector<std::string> refusals;
   if (!options.rawNames) {
-    const std::vector<UnusableName> refusals = FindUnusableNames(loaded.design());
-    if (!refusals.empty()) {
-      for (const UnusableName& refusal : refusals) {
-        std::cerr << "kalmor: " << Printable(DescribeUnusableName(refusal)) << "\n";
-      }
-      std::cerr << "kalmor: nothing written; --raw-names takes the names as they are" << std::endl;
-      return kInvalidInput;
+    for (const UnusableName& unusable : FindUnusableNames(loaded.design())) {
+      refusals.push_back(DescribeUnusableName(unusable));
+    }
+  }
+  const bool unusableNames = !refusals.empty();
+  for (std::string& refusal : FindFileNameRefusals(pages)) {
+    refusals.push_back(std::move(refusal));
+  }
+  if (!refusals.empty()) {
+    constexpr std::size_t kShown = 12;
+    for (std::size_t i = 0; i < refusals.size() && i < kShown; ++i) {
+      std::cerr << "kalmor: " << Printable(refusals[i]) << "\n";
+    }
+    if (refusals.size() > kShown) {
+      std::cerr << "kalmor: and " << refusals.size() - kShown << " more pages refused\n";
+    }
+    std::cerr << "kalmor: nothing written"
+              << (unusableNames ? "; --raw-names takes the names as they are" : "") << std::endl;
+    return kInvalidInput;
+  }
+  for (const PlannedPage& page : pages) {
+    RefuseSameFile(page.file, loaded.identity(), options.design);
+    if (options.svg) {
+      RefuseSameFile(SvgPathFor(page.file), loaded.identity(), options.design);
     }
   }
 
   TerminalUserInterface ui(/*recordFiles=*/options.svg);
+  DboState state;
+  std::string designName;
+  loaded.design().GetName(designName, state);
+  ui.ShortenInMessages(designName);
   const ScopedUserInterface scoped(ui);
-  DesignToDXF(&loaded.design(), OutputPath(options), 0, options.noFrame ? 0 : 1,
+  const OutputTracking tracking;
+  DesignToDXF(&loaded.design(), outputPath, 0, options.noFrame ? 0 : 1,
               options.noTitleBlocks ? 0 : 1);
 
   if (options.svg) {
     for (const std::string& dxfPath : ui.AnnouncedFiles()) {
-      WriteWholeFile(SvgPathFor(dxfPath), RenderDxfToSvg(ReadWholeFile(dxfPath), dxfPath));
+      WriteSvgBeside(dxfPath);
     }
   }
   return kDone;

@@ -1,34 +1,45 @@
 #include "cli/loaded_design.h"
 
-#include <cstdio>
 #include <iostream>
 
+#include "cli/commands.h"
 #include "cli/terminal_ui.h"
 #include "kicad/kicad_reader.h"
 #include "model/design.h"
 #include "model/design_reader.h"
 
 namespace kalmor::cli {
+
 namespace {
 
-// The start of a file, enough to tell a KiCad schematic from a design document; empty when the
-// file cannot be opened (its reader then says why).
-std::string Beginning(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
-                                                             &std::fclose);
-  std::string start(256, '\0');
-  if (file == nullptr) {
-    return {};
-  }
-  start.resize(std::fread(start.data(), 1, start.size(), file.get()));
-  return start;
+std::string ReadDocument(const std::string& path, FileIdentity& identity) {
+  InputFile file(path);
+  identity = file.identity();
+  return file.ReadAll();
 }
 
-std::unique_ptr<model::Design> Load(const std::string& path) {
-  if (!kicad::IsKiCadSchematic(Beginning(path))) {
-    return model::LoadDesignDocument(path);
+// The sheet files and the project file of a KiCad design, read within the same bounds as the
+// design's own file.
+kicad::FileSource CommandFiles() {
+  return [](const std::string& path, std::string& text, std::string& error) {
+    try {
+      InputFile file(path);
+      text = file.ReadAll();
+      return true;
+    } catch (const InputError& refusal) {
+      error = refusal.what();
+      return false;
+    }
+  };
+}
+
+// A design document or a KiCad schematic, told apart by their content.
+std::unique_ptr<model::Design> ReadDesign(const std::string& path, FileIdentity& identity) {
+  const std::string text = ReadDocument(path, identity);
+  if (!kicad::IsKiCadSchematic(text)) {
+    return model::ReadDesignDocument(text, path);
   }
-  kicad::KiCadDesign read = kicad::LoadKiCadSchematic(path);
+  kicad::KiCadDesign read = kicad::ReadKiCadSchematic(text, path, CommandFiles());
   for (const std::string& warning : read.warnings) {
     std::cerr << "kalmor: " << Printable(warning) << "\n";
   }
@@ -38,7 +49,7 @@ std::unique_ptr<model::Design> Load(const std::string& path) {
 
 }  // namespace
 
-LoadedDesign::LoadedDesign(const std::string& path) : design_(Load(path)) {}
+LoadedDesign::LoadedDesign(const std::string& path) : design_(ReadDesign(path, identity_)) {}
 
 LoadedDesign::~LoadedDesign() = default;
 

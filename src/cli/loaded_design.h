@@ -6,7 +6,8 @@
 #include <memory>
 #include <string>
 
-#include "host/dbo.h"
+#include "cli/files.h"
+#include "kalmor/dbo.h"
 
 namespace kalmor::model {
 class Design;
@@ -16,8 +17,8 @@ namespace kalmor::cli {
 
 class LoadedDesign {
  public:
-  // Throws DesignDocumentError or KiCadError when the file cannot be read or is invalid; prints
-  // the reader's warnings on standard error.
+  // Throws InputError when the file cannot be read (see InputFile), DesignDocumentError or
+  // KiCadError when the design is invalid; prints the KiCad reader's warnings on standard error.
   explicit LoadedDesign(const std::string& path);
   ~LoadedDesign();
   LoadedDesign(const LoadedDesign&) = delete;
@@ -25,10 +26,13 @@ class LoadedDesign {
 
   const DboDesign& design() const;
   const model::Design& model() const;
+  // The design file, which no output may replace.
+  const FileIdentity& identity() const { return identity_; }
   // The occurrence at a path such as /BLK1, or null.
   const DboInstOccurrence* FindOccurrence(const std::string& path) const;
 
  private:
+  FileIdentity identity_;
   std::unique_ptr<model::Design> design_;
 };
 

@@ -7,8 +7,11 @@
 #include <new>
 
 #include "cli/commands.h"
+#include "cli/interruption.h"
+#include "cli/process_setup.h"
 #include "cli/terminal_ui.h"
 #include "dxf/output_file.h"
+#include "kalmor/version.h"
 #include "kicad/kicad_reader.h"
 #include "model/design_reader.h"
 #include "render/svg_render.h"
@@ -26,7 +29,7 @@ int Fail(int status, const std::string& message) {
 
 int Run(int argc, char** argv) {
   CLI::App app{"Writes the pages of a schematic design as DXF release-12 files.", "kalmor"};
-  app.set_version_flag("--version", std::string("kalmor ") + KALMOR_VERSION);
+  app.set_version_flag("--version", std::string("kalmor ") + kalmor::LibraryVersion());
   app.require_subcommand(1);
 
   ExportOptions exportOptions;
@@ -106,13 +109,19 @@ int Run(int argc, char** argv) {
   } catch (const UsageError& error) {
     return Fail(kUsage, error.what());
   } catch (const kalmor::FileError& error) {
-    return Fail(kCannotWrite, error.what());
+    // Built from its parts, which keep their lengths: the path may hold any byte.
+    return Fail(kCannotWrite, "cannot write " + Shortened(error.path(), kLongestPathShown) + ": " +
+                                  error.reason());
   }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!PrepareProcess()) {
+    return kCannotWrite;
+  }
+  InstallInterruptionHandlers();
   try {
     return Run(argc, argv);
   } catch (const std::bad_alloc&) {

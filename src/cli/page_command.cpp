@@ -1,9 +1,12 @@
 #include <string>
+#include <vector>
 
 #include "cli/commands.h"
+#include "cli/files.h"
+#include "cli/interruption.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
-#include "export/dxf_export.h"
+#include "kalmor/export.h"
 
 namespace kalmor::cli {
 namespace {
@@ -17,33 +20,34 @@ std::string NameOf(const DboNamedObject& object) {
 
 const DboSchematic& FindSchematic(const DboDesign& design, const std::string& name) {
   DboState state;
-  std::string known;
+  std::vector<std::string> known;
   if (const auto views = design.NewViewsIter(6, state)) {
     while (const DboView* view = views->NextView(state)) {
-      const std::string viewName = NameOf(*view);
+      std::string viewName = NameOf(*view);
       if (viewName == name && view->AsSchematic() != nullptr) {
         return *view->AsSchematic();
       }
-      known += (known.empty() ? "" : ", ") + viewName;
+      known.push_back(std::move(viewName));
     }
   }
-  throw UsageError("the design has no schematic \"" + name + "\" (it has: " + known + ")");
+  throw UsageError("the design has no schematic \"" + Shortened(name) +
+                   "\" (it has: " + ListedNames(known) + ")");
 }
 
 const DboPage& FindPage(const DboSchematic& schematic, const std::string& name) {
   DboState state;
-  std::string known;
+  std::vector<std::string> known;
   if (const auto pages = schematic.NewPagesIter(state)) {
     while (const DboPage* page = pages->NextPage(state)) {
-      const std::string pageName = NameOf(*page);
+      std::string pageName = NameOf(*page);
       if (pageName == name) {
         return *page;
       }
-      known += (known.empty() ? "" : ", ") + pageName;
+      known.push_back(std::move(pageName));
     }
   }
-  throw UsageError("schematic \"" + NameOf(schematic) + "\" has no page \"" + name +
-                   "\" (it has: " + known + ")");
+  throw UsageError("schematic \"" + Shortened(NameOf(schematic)) + "\" has no page \"" +
+                   Shortened(name) + "\" (it has: " + ListedNames(known) + ")");
 }
 
 // The occurrence at `path`, which must show `schematic`.
@@ -51,13 +55,13 @@ const DboInstOccurrence* FindOccurrence(const LoadedDesign& loaded, const std::s
                                         const DboSchematic& schematic) {
   const DboInstOccurrence* occurrence = loaded.FindOccurrence(path);
   if (occurrence == nullptr) {
-    throw UsageError("the design has no occurrence \"" + path + "\"");
+    throw UsageError("the design has no occurrence \"" + Shortened(path) + "\"");
   }
   DboState state;
   const DboView* contents = occurrence->GetContents(state);
   if (contents == nullptr || NameOf(*contents) != NameOf(schematic)) {
-    throw UsageError("occurrence \"" + path + "\" does not show schematic \"" + NameOf(schematic) +
-                     "\"");
+    throw UsageError("occurrence \"" + Shortened(path) + "\" does not show schematic \"" +
+                     Shortened(NameOf(schematic)) + "\"");
   }
   return occurrence;
 }
@@ -72,7 +76,14 @@ int RunPage(const PageOptions& options) {
       options.occurrence.empty() ? nullptr : FindOccurrence(loaded, options.occurrence, schematic);
 
   TerminalUserInterface ui;
+  ui.ShortenInMessages(options.page);
+  ui.RefuseInput(loaded.identity(), options.design);
   const ScopedUserInterface scoped(ui);
+  const OutputTracking tracking;
+  if (!options.output.empty()) {
+    RefuseSameFile(options.output, loaded.identity(), options.design);
+    TrackPageFile(options.output);
+  }
   PageToDXF(&page, occurrence, options.output, 0, options.noFrame ? 0 : 1,
             options.noTitleBlocks ? 0 : 1);
   return kDone;

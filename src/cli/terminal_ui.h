@@ -5,11 +5,13 @@
 // that is rewritten in place.
 
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "cli/files.h"
 #include "export/output_names.h"
-#include "host/user_interface.h"
+#include "kalmor/user_interface.h"
 
 namespace kalmor::cli {
 
@@ -17,6 +19,14 @@ class TerminalUserInterface final : public UserInterface {
  public:
   // `recordFiles`: keep the name of every page file a design export announces.
   explicit TerminalUserInterface(bool recordFiles = false);
+
+  // A name that messages show cut short when it is long (a design's or a page's).
+  void ShortenInMessages(std::string name) { longNames_.push_back(std::move(name)); }
+  // The save dialog refuses the file at `path`, the input being read.
+  void RefuseInput(const FileIdentity& input, std::string path) {
+    input_ = input;
+    inputPath_ = std::move(path);
+  }
   ~TerminalUserInterface() override;
 
   void MessageBox(std::string_view caption, std::string_view text, unsigned style) override;
@@ -30,15 +40,38 @@ class TerminalUserInterface final : public UserInterface {
   const std::vector<std::string>& AnnouncedFiles() const { return announcedFiles_; }
 
  private:
+  void TrackPage(const ExportProgress& progress);
+
   bool progressToTerminal_;
   bool recordFiles_;
   bool progressShown_ = false;
   std::vector<std::string> announcedFiles_;
+  std::vector<std::string> longNames_;
+  std::optional<FileIdentity> input_;
+  std::string inputPath_;
+  std::string firstFile_;     // of a design export, for the interruption report
+  std::string previousFile_;  // the page before the one being written
 };
 
 // `text` with control characters written as escapes, so that names from a
 // design cannot move the terminal's cursor.
 std::string Printable(std::string_view text);
+
+// Tells the interruption handler that the single page file at `path` is being written.
+void TrackPageFile(const std::string& path);
+
+// How much of a name, and of a path, messages show at most.
+inline constexpr std::size_t kLongestNameShown = 64;
+inline constexpr std::size_t kLongestPathShown = 256;
+
+// `text` cut in the middle when it is longer than `longest` bytes: its beginning, "...", and
+// its end, at character boundaries; control characters escaped as Printable does. Messages
+// never grow with the names of a design, and a NUL in a name cannot cut a message short.
+std::string Shortened(std::string_view text, std::size_t longest = kLongestNameShown);
+
+// At most a dozen names, shortened and quoted, separated by commas; "and N more" says how many
+// were left out.
+std::string ListedNames(const std::vector<std::string>& names);
 
 // schematic "S", page "P": the page name holds a '/'
 std::string DescribeUnusableName(const UnusableName& name);

@@ -4,7 +4,7 @@
 
 namespace kalmor {
 
-using detail::WritePiece;
+using dxf_detail::WritePiece;
 
 void DxfLine(ByteSink& out, std::string_view layer, double x1, double y1, double x2, double y2) {
   WritePiece<

@@ -15,10 +15,6 @@ namespace {
 
 constexpr std::size_t kBufferBytes = 64 * 1024;
 
-std::string SystemReason(int error) {
-  return std::strerror(error);
-}
-
 // Writes until everything is out, through short writes and interruptions. Returns 0 or the
 // error; `done` tells how far it got.
 int WriteFully(int fd, const char* data, std::size_t size, std::size_t& done) {
@@ -36,36 +32,63 @@ int WriteFully(int fd, const char* data, std::size_t size, std::size_t& done) {
   return 0;
 }
 
+// Why `path` could not be opened for writing: the links and sockets that the open refuses on
+// purpose get words of their own rather than the system's puzzling ones.
+FileError OpenRefusal(const std::string& path, int error) {
+  struct stat info {};
+  if ((error == ELOOP || error == ENXIO) && ::lstat(path.c_str(), &info) == 0) {
+    if (S_ISLNK(info.st_mode)) {
+      return FileError(path, "it is a symbolic link, and links are not followed", error);
+    }
+    if (S_ISSOCK(info.st_mode)) {
+      return FileError(path, "it is a socket, not a file", error);
+    }
+  }
+  return FileError(path, error);
+}
+
 }  // namespace
 
-FileError::FileError(std::string path, std::string reason)
-    : std::runtime_error("cannot write " + path + ": " + reason),
-      path_(std::move(path)),
-      reason_(std::move(reason)) {}
-
 OutputFile::OutputFile(std::string path) : path_(std::move(path)), buffer_(kBufferBytes) {
-  const int fd = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+  // A link at the target is not followed: one planted in a shared folder would send the page
+  // to any file the user can write. Opening without blocking keeps a named pipe with no reader
+  // from hanging the export before it is refused below.
+  const int fd =
+      ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
   if (fd < 0) {
-    throw FileError(path_, SystemReason(errno));
+    throw OpenRefusal(path_, errno);
   }
-  const auto refuse = [&](std::string reason) {
+  const auto refuse = [&](int error) {
     ::close(fd);
-    throw FileError(path_, std::move(reason));
+    throw FileError(path_, error);
   };
-  // Only a regular file is locked and emptied: a device or pipe (/dev/stdout, /dev/full) is
-  // written as it is. The lock comes first so that a file another export is still writing is
-  // refused before anything in it is lost.
+  // Only a regular file is locked and emptied: a device (/dev/null, /dev/full) is written as it
+  // is. A named pipe would hang the export, or swallow a page while success is reported. The
+  // lock comes first so that a file another export is still writing is refused before anything
+  // in it is lost.
   struct stat info {};
   if (::fstat(fd, &info) != 0) {
-    refuse(SystemReason(errno));
+    refuse(errno);
+  }
+  if (S_ISFIFO(info.st_mode)) {
+    ::close(fd);
+    throw FileError(path_, "it is a named pipe, not a file");
   }
   if (S_ISREG(info.st_mode)) {
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
-      refuse(errno == EWOULDBLOCK ? "held by another process" : SystemReason(errno));
+      if (errno == EWOULDBLOCK) {
+        ::close(fd);
+        throw FileError(path_, "held by another process", EWOULDBLOCK);
+      }
+      refuse(errno);
     }
     if (::ftruncate(fd, 0) != 0) {
-      refuse(SystemReason(errno));
+      refuse(errno);
     }
+  }
+  if (const int flags = ::fcntl(fd, F_GETFL);
+      flags < 0 || ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+    refuse(errno);
   }
   fd_ = fd;
 }
@@ -123,9 +146,14 @@ void OutputFile::Flush() {
   if (const int error = WriteFully(fd_, buffer_.data(), used_, done); error != 0) {
     std::memmove(buffer_.data(), buffer_.data() + done, used_ - done);
     used_ -= done;
-    throw FileError(path_, SystemReason(error));
+    throw FileError(path_, error);
   }
   used_ = 0;
+}
+
+void OutputFile::Hold() {
+  Flush();
+  buffer_ = std::vector<char>();  // writes after this go straight to the system
 }
 
 void OutputFile::Close() {
@@ -146,14 +174,14 @@ void OutputFile::Close() {
   // After EINTR the descriptor is gone all the same; anything else is a real failure (a
   // network file system reporting a late write error, for one).
   if (::close(fd) != 0 && errno != EINTR) {
-    throw FileError(path_, SystemReason(errno));
+    throw FileError(path_, errno);
   }
 }
 
 void OutputFile::WriteAll(const char* data, std::size_t size) {
   std::size_t done = 0;
   if (const int error = WriteFully(fd_, data, size, done); error != 0) {
-    throw FileError(path_, SystemReason(error));
+    throw FileError(path_, error);
   }
 }
 

@@ -4,25 +4,14 @@
 // through its own buffer. Every failure (create, write, flush, close) is a FileError that names
 // the path and the operating system's reason; nothing is lost silently.
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "dxf/byte_sink.h"
+#include "kalmor/errors.h"
 
 namespace kalmor {
-
-class FileError : public std::runtime_error {
- public:
-  FileError(std::string path, std::string reason);
-  const std::string& path() const { return path_; }
-  const std::string& reason() const { return reason_; }
-
- private:
-  std::string path_;
-  std::string reason_;
-};
 
 class OutputFile final : public ByteSink {
  public:
@@ -38,11 +27,15 @@ class OutputFile final : public ByteSink {
   void Write(std::string_view bytes) override;
   // Hands the buffer to the operating system; throws FileError on failure.
   void Flush();
+  // Flushes and gives back the buffer; the file stays open, and locked, until Close(). For a
+  // file that is written and must stay held while others are written.
+  void Hold();
   // Flushes and closes; throws FileError on failure. Idempotent.
   void Close();
 
   const std::string& path() const { return path_; }
   bool is_open() const { return fd_ >= 0; }
+  int descriptor() const { return fd_; }
 
  private:
   void WriteAll(const char* data, std::size_t size);

@@ -6,7 +6,7 @@
 
 namespace kalmor {
 
-using detail::WritePiece;
+using dxf_detail::WritePiece;
 
 namespace {
 

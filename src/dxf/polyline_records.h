@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "dxf/byte_sink.h"
-#include "host/types.h"
+#include "kalmor/types.h"
 
 namespace kalmor {
 

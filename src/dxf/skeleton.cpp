@@ -8,15 +8,15 @@ namespace kalmor {
 // and readers create them with default colour and line type.
 
 void DxfWriteHeader(ByteSink& out) {
-  detail::WritePiece<" 0\nSECTION\n 2\nHEADER\n 9\n$ACADVER\n 1\nAC1009\n 0\nENDSEC\n">(out);
+  dxf_detail::WritePiece<" 0\nSECTION\n 2\nHEADER\n 9\n$ACADVER\n 1\nAC1009\n 0\nENDSEC\n">(out);
 }
 
 void DxfWriteEntitiesOpen(ByteSink& out) {
-  detail::WritePiece<" 0\nSECTION\n 2\nENTITIES\n">(out);
+  dxf_detail::WritePiece<" 0\nSECTION\n 2\nENTITIES\n">(out);
 }
 
 void DxfWriteEnd(ByteSink& out) {
-  detail::WritePiece<" 0\nENDSEC\n 0\nEOF\n">(out);
+  dxf_detail::WritePiece<" 0\nENDSEC\n 0\nEOF\n">(out);
 }
 
 }  // namespace kalmor

@@ -8,7 +8,7 @@
 
 namespace kalmor {
 
-using detail::WritePiece;
+using dxf_detail::WritePiece;
 
 namespace {
 

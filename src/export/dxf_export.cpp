@@ -1,8 +1,13 @@
-#include "export/dxf_export.h"
+#include "kalmor/export.h"
+
+#include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <list>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 #include "dxf/output_file.h"
 #include "dxf/skeleton.h"
@@ -55,6 +60,101 @@ void VisitView(const DboView& view, const DboInstOccurrence* occurrence, DboStat
   }
 }
 
+// What identifies the contents of a written file: another process replacing them changes one
+// of these (on file systems with coarse time stamps, a rewrite of the same size within one tick
+// would go unseen).
+struct FileStamp {
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = 0;
+  timespec modified{};
+  timespec changed{};
+  friend bool operator==(const FileStamp& a, const FileStamp& b) {
+    return a.device == b.device && a.inode == b.inode && a.size == b.size &&
+           a.modified.tv_sec == b.modified.tv_sec && a.modified.tv_nsec == b.modified.tv_nsec &&
+           a.changed.tv_sec == b.changed.tv_sec && a.changed.tv_nsec == b.changed.tv_nsec;
+  }
+};
+
+FileStamp StampOf(const struct stat& info) {
+  return {info.st_dev, info.st_ino, info.st_size, info.st_mtim, info.st_ctim};
+}
+
+// The page files of one design export, kept open, and so locked against other exports, until
+// the completion message has been shown: no page can be replaced between being written and
+// being reported complete. Should the process run out of descriptors, the files held so far
+// are closed and only their stamps kept, to be checked before the message instead.
+class HeldPages {
+ public:
+  OutputFile Open(const std::string& path) {
+    try {
+      return OutputFile(path);
+    } catch (const FileError& error) {
+      const bool outOfDescriptors = error.errorNumber() == EMFILE || error.errorNumber() == ENFILE;
+      if (!outOfDescriptors || files_.empty()) {
+        throw;
+      }
+    }
+    ReleaseAll();
+    return OutputFile(path);
+  }
+
+  void Keep(OutputFile file) {
+    file.Hold();
+    files_.push_back(std::move(file));
+  }
+
+  // Throws FileError naming the first page released early that has changed since.
+  void CheckReleased() const {
+    for (const auto& [path, stamp] : released_) {
+      struct stat info {};
+      if (::lstat(path.c_str(), &info) != 0 || !(StampOf(info) == stamp)) {
+        throw FileError(path, "another process replaced it during the export");
+      }
+    }
+  }
+
+  void CloseAll() {
+    for (OutputFile& file : files_) {
+      file.Close();
+    }
+    files_.clear();
+  }
+
+ private:
+  void ReleaseAll() {
+    for (OutputFile& file : files_) {
+      struct stat info {};
+      if (::fstat(file.descriptor(), &info) == 0 && S_ISREG(info.st_mode)) {
+        released_.emplace_back(file.path(), StampOf(info));
+      }
+      file.Close();
+    }
+    files_.clear();
+  }
+
+  std::vector<OutputFile> files_;
+  std::vector<std::pair<std::string, FileStamp>> released_;
+};
+
+// The operating system would see a name cut at its first NUL: a different file.
+void RefuseNul(const std::string& path) {
+  if (path.find('\0') != std::string::npos) {
+    throw FileError(path, "the name holds a NUL character");
+  }
+}
+
+// Writes the page into the open file and hands every byte to the system.
+void WritePage(OutputFile& file, const DboPage& page, const DboInstOccurrence* occurrence,
+               int32_t frame, int32_t titleBlocks) {
+  DboState status;
+  DxfWriteHeader(file);
+  DxfWriteEntitiesOpen(file);
+  PageTranslator(status, page, occurrence, frame, titleBlocks, file, std::string());
+  DxfWriteEnd(file);
+  file.Flush();
+}
+
 std::string PageName(const DboPage& page) {
   DboState state;
   std::string name;
@@ -97,7 +197,7 @@ SaveFileDialogSettings DxfSaveDialogSettings() {
   return settings;
 }
 
-void DesignToDXF(const DboDesign* design, std::string path, int32_t unused, int32_t frame,
+void DesignToDXF(const DboDesign* design, std::string path, int32_t /*unused*/, int32_t frame,
                  int32_t titleBlocks) {
   if (design == nullptr) {
     return;
@@ -116,23 +216,31 @@ void DesignToDXF(const DboDesign* design, std::string path, int32_t unused, int3
         [&](const DboPage&, const DboInstOccurrence*, const std::string&) { ++pageCount; });
   }
 
+  // Each page is written as PageToDXF writes a named file, silently since the flag is set; its
+  // file stays held until the message below.
+  HeldPages held;
   int pageIndex = 0;
   VisitDesignPages(
       *design, state,
       [&](const DboPage& page, const DboInstOccurrence* occurrence,
           const std::string& schematicName) {
-        std::string fileName = MakePageFileName(outputStem, schematicName, page);
+        const std::string fileName = MakePageFileName(outputStem, schematicName, page);
         if (announce) {
           ui.ShowExportProgress({++pageIndex, pageCount, schematicName, PageName(page), fileName});
         }
-        PageToDXF(&page, occurrence, std::move(fileName), unused, frame, titleBlocks);
+        RefuseNul(fileName);
+        OutputFile file = held.Open(fileName);
+        WritePage(file, page, occurrence, frame, titleBlocks);
+        held.Keep(std::move(file));
       });
+  held.CheckReleased();
 
   std::string designName;
   design->GetName(designName, state);
   ui.MessageBox(
       kCompleteCaption,
       designName + " has been output to " + outputStem + "_<SchematicName>_<PageName>.dxf", 0);
+  held.CloseAll();
   g_inDesignExport = 0;
 }
 
@@ -157,16 +265,9 @@ void PageToDXF(const DboPage* page, const DboInstOccurrence* occurrence, std::st
     target = fileName;
   }
 
-  // The operating system would see a name cut at its first NUL: a different file.
-  if (target.find('\0') != std::string::npos) {
-    throw FileError(target, "the name holds a NUL character");
-  }
+  RefuseNul(target);
   OutputFile file(target);
-  DxfWriteHeader(file);
-  DxfWriteEntitiesOpen(file);
-  PageTranslator(status, *page, occurrence, frame, titleBlocks, file, std::string());
-  DxfWriteEnd(file);
-  file.Flush();
+  WritePage(file, *page, occurrence, frame, titleBlocks);
 
   // The file stays open, held exclusively, until the message is dismissed.
   if (!fileName.empty() && g_inDesignExport == 0) {

@@ -1,7 +1,7 @@
 #include "export/output_names.h"
 
-#include "export/dxf_export.h"
 #include "export/vel_edit_path.h"
+#include "kalmor/export.h"
 
 namespace kalmor {
 
@@ -9,7 +9,7 @@ std::string MakeOutputStem(const std::string& path) {
   const CVelEditPath editPath(path.c_str());
   const std::string extension = editPath.GetExtension();
   const std::string& whole = editPath.GetPath();
-  if (detail::CompareNoCase(extension, ".dxf") == 0) {
+  if (export_detail::CompareNoCase(extension, ".dxf") == 0) {
     return whole.substr(0, whole.size() - 4);
   }
   return whole;

@@ -9,7 +9,7 @@
 #include <vector>
 
 namespace kalmor {
-namespace detail {
+namespace export_detail {
 namespace {
 
 constexpr std::size_t kComponentMax = 255;
@@ -146,7 +146,7 @@ int CompareNoCase(const std::string& a, const std::string& b) {
   return a.size() < b.size() ? -1 : 1;
 }
 
-}  // namespace detail
+}  // namespace export_detail
 
 namespace {
 
@@ -163,16 +163,16 @@ void CVelEditPath::SetPath(const char* path) {
 }
 
 std::string CVelEditPath::GetDrive() const {
-  return detail::SplitWindowsPath(path_).drive;
+  return export_detail::SplitWindowsPath(path_).drive;
 }
 
 std::string CVelEditPath::GetDir() const {
-  return detail::SplitWindowsPath(path_).dir;
+  return export_detail::SplitWindowsPath(path_).dir;
 }
 
 std::string CVelEditPath::GetDirectory() const {
-  const detail::SplitPath parts = detail::SplitWindowsPath(path_);
-  std::string directory = detail::JoinWindowsPath({parts.drive, parts.dir, {}, {}});
+  const export_detail::SplitPath parts = export_detail::SplitWindowsPath(path_);
+  std::string directory = export_detail::JoinWindowsPath({parts.drive, parts.dir, {}, {}});
   // Only a backslash counts as the end here: a directory ending in '/' gets one more.
   if (!directory.empty() && directory.back() != '\\') {
     directory += '\\';
@@ -181,16 +181,16 @@ std::string CVelEditPath::GetDirectory() const {
 }
 
 std::string CVelEditPath::GetFileTitle() const {
-  return detail::SplitWindowsPath(path_).title;
+  return export_detail::SplitWindowsPath(path_).title;
 }
 
 std::string CVelEditPath::GetFileName() const {
-  const detail::SplitPath parts = detail::SplitWindowsPath(path_);
-  return detail::JoinWindowsPath({{}, {}, parts.title, parts.extension});
+  const export_detail::SplitPath parts = export_detail::SplitWindowsPath(path_);
+  return export_detail::JoinWindowsPath({{}, {}, parts.title, parts.extension});
 }
 
 std::string CVelEditPath::GetExtension() const {
-  return detail::SplitWindowsPath(path_).extension;
+  return export_detail::SplitWindowsPath(path_).extension;
 }
 
 void CVelEditPath::SetDrive(const char* drive) {
@@ -210,7 +210,7 @@ void CVelEditPath::SetExtension(const char* extension) {
 }
 
 void CVelEditPath::SetFileName(const char* name) {
-  const detail::SplitPath parts = detail::SplitWindowsPath(OrEmpty(name));
+  const export_detail::SplitPath parts = export_detail::SplitWindowsPath(OrEmpty(name));
   path_ = MakePath(path_.c_str(), nullptr, nullptr, parts.title.c_str(), parts.extension.c_str());
 }
 
@@ -219,13 +219,13 @@ void CVelEditPath::SetDirectory(const char* directory) {
   if (withSeparator.empty() || withSeparator.back() != '\\') {
     withSeparator += '\\';
   }
-  const detail::SplitPath parts = detail::SplitWindowsPath(withSeparator);
+  const export_detail::SplitPath parts = export_detail::SplitWindowsPath(withSeparator);
   path_ = MakePath(path_.c_str(), parts.drive.c_str(), parts.dir.c_str(), nullptr, nullptr);
 }
 
 std::string CVelEditPath::MakePath(const char* path, const char* drive, const char* dir,
                                    const char* title, const char* extension) {
-  detail::SplitPath parts = detail::SplitWindowsPath(OrEmpty(path));
+  export_detail::SplitPath parts = export_detail::SplitWindowsPath(OrEmpty(path));
   if (drive != nullptr) {
     parts.drive = drive;
   }
@@ -238,16 +238,17 @@ std::string CVelEditPath::MakePath(const char* path, const char* drive, const ch
   if (extension != nullptr) {
     parts.extension = extension;
   }
-  return detail::JoinWindowsPath(parts);
+  return export_detail::JoinWindowsPath(parts);
 }
 
 bool CVelEditPath::MakeFullPath() {
-  path_ = detail::FullPath(path_);
+  path_ = export_detail::FullPath(path_);
   return !path_.empty();
 }
 
 int CVelEditPath::ComparePath(const char* path) const {
-  return detail::CompareNoCase(detail::FullPath(OrEmpty(path)), detail::FullPath(path_));
+  return export_detail::CompareNoCase(export_detail::FullPath(OrEmpty(path)),
+                                      export_detail::FullPath(path_));
 }
 
 // The file system sees the path as it stands: a backslash is part of a name here.

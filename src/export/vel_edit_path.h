@@ -54,7 +54,7 @@ class CVelEditPath {
   std::string path_;
 };
 
-namespace detail {
+namespace export_detail {
 
 // The four components of a path, each cut to the 255 bytes of its buffer (the drive to 2).
 struct SplitPath {
@@ -74,6 +74,6 @@ std::string FullPath(const std::string& path);
 // are.
 int CompareNoCase(const std::string& a, const std::string& b);
 
-}  // namespace detail
+}  // namespace export_detail
 
 }  // namespace kalmor

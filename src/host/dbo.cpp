@@ -1,4 +1,4 @@
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 
 namespace kalmor {
 namespace {

@@ -1,4 +1,4 @@
-#include "host/user_interface.h"
+#include "kalmor/user_interface.h"
 
 namespace kalmor {
 namespace {

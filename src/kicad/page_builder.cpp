@@ -13,7 +13,6 @@
 #include "kicad/text_layout.h"
 #include "kicad/text_markup.h"
 #include "kicad/units.h"
-#include "text/text_extent.h"
 
 namespace kalmor::kicad::detail {
 namespace {
@@ -257,7 +256,7 @@ class Builder {
     prop.values = std::move(text.values);
     prop.display = 0;  // the value as it is: KiCad shows empty fields as nothing
     prop.font = font;
-    prop.extent = MeasureTextExtent(prop.value, *font);
+    prop.extent = MeasuredExtent(prop.value, *font);
     const double height = DrawnHeight(*font);
     if (!baseline.vertical) {
       prop.rotation = 0;
@@ -275,7 +274,7 @@ class Builder {
   void AddCommentLine(std::string text, const LogFont* font, const Baseline& baseline) {
     const double height = DrawnHeight(*font);
     const double width = DrawnWidth(text, *font);
-    const CRect extent = MeasureTextExtent(text, *font);
+    const CRect extent = MeasuredExtent(text, *font);
     const int32_t lineHeight = std::abs(extent.bottom - extent.top);
     auto shape = std::make_unique<TextShape>();
     if (!baseline.vertical) {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "kicad/units.h"
-#include "text/text_extent.h"
+#include "kalmor/display_text.h"
 
 namespace kalmor::kicad::detail {
 namespace {
@@ -46,6 +46,11 @@ LogFont FontFor(const TextEffects& effects) {
   return font;
 }
 
+CRect MeasuredExtent(const std::string& text, const LogFont& font) {
+  constexpr DisplayTypeT kValueAsItIs = 0;
+  return MeasureDisplayPropText({}, text, kValueAsItIs, font);
+}
+
 double DrawnHeight(const LogFont& font) {
   return 100.0 * std::sin(std::abs(static_cast<double>(font.lfHeight)) / kHeightDivisor);
 }
@@ -54,7 +59,7 @@ double DrawnWidth(const std::string& text, const LogFont& font) {
   if (text.empty()) {
     return 0.0;
   }
-  const CRect extent = MeasureTextExtent(text, font);
+  const CRect extent = MeasuredExtent(text, font);
   const double em = std::abs(static_cast<double>(font.lfHeight));
   return (extent.right - extent.left) * DrawnHeight(font) / (kCapHeightEm * em);
 }

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "host/types.h"
+#include "kalmor/types.h"
 #include "kicad/sheet_file.h"
 
 namespace kalmor::kicad::detail {
@@ -15,6 +15,9 @@ namespace kalmor::kicad::detail {
 // The font record for a KiCad text: a size of u units (KiCad's height over 0.254 mm) becomes
 // the height -round(175 asin(u / 100)), so that the page walk draws it u units high.
 LogFont FontFor(const TextEffects& effects);
+
+// The extent of `text` in `font`, as the design measures it (a rectangle at the origin).
+CRect MeasuredExtent(const std::string& text, const LogFont& font);
 
 // The height the page walk draws a text of this font at, in page units.
 double DrawnHeight(const LogFont& font);

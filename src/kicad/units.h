@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "host/types.h"
+#include "kalmor/types.h"
 #include "kicad/sheet_file.h"
 
 namespace kalmor::kicad::detail {

@@ -29,7 +29,10 @@ constexpr int32_t kSchematicViews = 6;
 
 }  // namespace
 
-Design::Design(std::unique_ptr<detail::DesignData> data) : data_(std::move(data)) {}
+// The extents are measured here, once, so that no getter of the design ever measures (or fails).
+Design::Design(std::unique_ptr<detail::DesignData> data) : data_(std::move(data)) {
+  detail::MeasureDisplayProps(data_->schematics);
+}
 Design::~Design() = default;
 
 const std::string& Design::name() const {

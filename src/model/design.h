@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 
 namespace kalmor::model {
 

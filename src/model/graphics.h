@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 
 namespace kalmor::model::detail {
 

@@ -7,7 +7,7 @@
 #include <span>
 #include <string>
 
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 #include "model/page_objects.h"
 
 namespace kalmor::model::detail {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "kalmor/display_text.h"
 #include "model/sequence.h"
-#include "text/text_extent.h"
 
 namespace kalmor::model::detail {
 namespace {
@@ -131,25 +131,6 @@ class PagesIter final : public DboSchematicPagesIter {
   Sequence<Page> pages_;
 };
 
-// The text a property shows for its plain value, by display type; its extent is what a
-// property without a given extent measures.
-std::string ShownText(const std::string& name, const std::string& value, DisplayTypeT display) {
-  const std::string placeholder = "<" + name + ">";
-  const bool missing = value.empty() || value == placeholder;
-  switch (display) {
-    case 1:
-      return missing ? placeholder : value;
-    case 2:
-      return name + " = " + (missing ? std::string() : value);
-    case 3:
-      return name;
-    case 4:
-      return missing ? std::string() : name + " = " + value;
-    default:
-      return value;
-  }
-}
-
 }  // namespace
 
 template <typename T>
@@ -180,7 +161,35 @@ void DisplayProp::GetValueStringForOccurrence(DboDesignOccurrenceId id, std::str
 }
 
 CRect DisplayProp::GetBoundingBox(DboState&) const {
-  return extent ? *extent : MeasureTextExtent(ShownText(name, value, display), *font);
+  return extent.value_or(CRect{});
+}
+
+void MeasureDisplayProps(std::vector<Schematic>& schematics) {
+  const auto measure = [](DisplayPropList& props) {
+    for (DisplayProp& prop : props) {
+      if (!prop.extent) {
+        prop.extent = MeasureDisplayPropText(prop.name, prop.value, prop.display, *prop.font);
+      }
+    }
+  };
+  const auto measureAll = [&](auto& placed) {
+    for (auto& object : placed) {
+      measure(object.properties);
+    }
+  };
+  for (Schematic& schematic : schematics) {
+    for (Page& page : schematic.pages) {
+      measureAll(page.titleBlocks);
+      measureAll(page.parts);
+      for (PartInst& part : page.parts) {
+        measureAll(part.pins);
+      }
+      measureAll(page.wires);
+      measureAll(page.globals);
+      measureAll(page.ports);
+      measureAll(page.offPageConnectors);
+    }
+  }
 }
 
 template <typename Base, int32_t kType>

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 #include "model/graphics.h"
 
 namespace kalmor::model::detail {
@@ -39,7 +39,7 @@ struct DisplayProp final : DboDisplayProp {
   CPoint location;
   RotationT rotation = 0;
   const LogFont* font = nullptr;
-  std::optional<CRect> extent;
+  std::optional<CRect> extent;  // as the document gives it; measured when the design is made
   std::vector<OccurrenceValue> values;  // sorted by id
   const DboBaseObject* owner = nullptr;
 
@@ -280,5 +280,9 @@ struct Schematic final : DboSchematic {
   const DboSchematic* AsSchematic() const override { return this; }
   std::unique_ptr<DboSchematicPagesIter> NewPagesIter(DboState& state) const override;
 };
+
+// Gives every display property without an extent the measured extent of the text its plain
+// value shows. Throws EnvironmentError when no font can be loaded.
+void MeasureDisplayProps(std::vector<Schematic>& schematics);
 
 }  // namespace kalmor::model::detail

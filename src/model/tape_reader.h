@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/types.h"
+#include "kalmor/types.h"
 #include "model/document_fault.h"
 #include "model/json_tape.h"
 

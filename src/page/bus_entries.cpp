@@ -13,7 +13,7 @@ void TranslateBusEntries(PageContext& page) {
   while (const DboBusEntry* entry = entries->NextBusEntry(page.state)) {
     const CPoint from = entry->GetEntryPoint(page.state);
     const CPoint to = entry->GetEndPoint(page.state);
-    detail::WriteSegment(page, layer::kWire, 0, from, to);
+    page_detail::WriteSegment(page, layer::kWire, 0, from, to);
   }
 }
 

@@ -32,7 +32,7 @@ void WriteBox(PageContext& page, const DboGraphicInstance* graphic) {
   box.top = DboGraphicBoxInst::sGetTop(graphic, page.state);
   box.right = DboGraphicBoxInst::sGetRight(graphic, page.state);
   box.bottom = DboGraphicBoxInst::sGetBottom(graphic, page.state);
-  detail::WriteRectangle(page, layer::kComments, width, box);
+  page_detail::WriteRectangle(page, layer::kComments, width, box);
 }
 
 void WriteLine(PageContext& page, const DboGraphicInstance* graphic) {
@@ -43,7 +43,7 @@ void WriteLine(PageContext& page, const DboGraphicInstance* graphic) {
   start.y = DboGraphicLineInst::sGetStartY(graphic, page.state);
   end.x = DboGraphicLineInst::sGetEndX(graphic, page.state);
   end.y = DboGraphicLineInst::sGetEndY(graphic, page.state);
-  detail::WriteSegment(page, layer::kComments, width, start, end);
+  page_detail::WriteSegment(page, layer::kComments, width, start, end);
 }
 
 // One bulged segment from start to end, counter-clockwise about the box's centre. The sweep is
@@ -145,7 +145,7 @@ void WriteBitMap(PageContext& page, const DboGraphicInstance* graphic) {
   box.top = DboGraphicBitMapInst::sGetTop(graphic, page.state);
   box.right = DboGraphicBitMapInst::sGetRight(graphic, page.state);
   box.bottom = DboGraphicBitMapInst::sGetBottom(graphic, page.state);
-  detail::WriteRectangle(page, layer::kBitmaps, 0, box);
+  page_detail::WriteRectangle(page, layer::kBitmaps, 0, box);
 }
 
 }  // namespace

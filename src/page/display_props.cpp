@@ -7,10 +7,6 @@
 namespace kalmor {
 namespace {
 
-constexpr char kOpen[] = "<";
-constexpr char kClose[] = ">";
-constexpr char kEquals[] = " = ";
-
 // The text's extent, normalised.
 void ExtentOf(const DboDisplayProp& prop, DboState& state, int64_t& width, int64_t& height) {
   const CRect box = prop.GetBoundingBox(state);
@@ -45,31 +41,6 @@ bool AnchorFor(RotationT rotation, T x0, T y0, T lx, T ly, int64_t width, int64_
 }
 
 }  // namespace
-
-void FormatDisplayPropText(const std::string& name, const std::string& value,
-                           DisplayTypeT displayType, std::string& out) {
-  const std::string placeholder = kOpen + name + kClose;
-  const bool missing = value.empty() || value == placeholder;
-  switch (displayType) {
-    case 1:
-      out = missing ? placeholder : value;
-      break;
-    case 2:
-      out = name + kEquals + (missing ? std::string() : value);
-      break;
-    case 3:
-      out = name;
-      break;
-    case 4:
-      if (!missing) {
-        out = name + kEquals + value;
-      }
-      break;
-    default:
-      out = value;
-      break;
-  }
-}
 
 std::string ReadDisplayPropValue(const DboDisplayProp& prop, const DboInstOccurrence* occurrence,
                                  DboState& state) {

@@ -1,21 +1,16 @@
 #pragma once
 
-// The text a display property shows and the point its TEXT record is anchored at.
+// The text a display property shows through an occurrence, and the point its TEXT record is
+// anchored at. Which text a value gives is the public rule of kalmor/display_text.h.
 
 #include <cstdint>
 #include <memory>
 #include <string>
 
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
+#include "kalmor/display_text.h"
 
 namespace kalmor {
-
-// Chooses the shown text by display type: 1 value (or "<name>" when missing), 2 "name = value",
-// 3 name, 4 "name = value" only when the value is set, anything else the raw value. A value is
-// missing when empty or exactly "<name>" (case matters). Type 4 with a missing value leaves
-// `out` as it was.
-void FormatDisplayPropText(const std::string& name, const std::string& value,
-                           DisplayTypeT displayType, std::string& out);
 
 // The property's value: through the occurrence's design id when there is one, else the plain
 // value. A failed read gives the empty string.

@@ -1,11 +1,11 @@
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 
 #include "dxf/layers.h"
 #include "dxf/line_records.h"
 #include "dxf/polyline_records.h"
 #include "dxf/text_records.h"
+#include "kalmor/errors.h"
 #include "page/translators.h"
 
 // The frame works in page units whose y already points up the drawing: values are scaled but
@@ -121,8 +121,8 @@ int64_t ZoneCount(const PageContext& page, int32_t count, const char* side) {
   if (count == 0) {
     std::string name;
     page.page.GetName(name, page.state);
-    throw std::invalid_argument("page \"" + name + "\": the frame's " + side +
-                                " label count is 0; it must be at least 1");
+    throw DocumentError("page \"" + name + "\": the frame's " + side +
+                        " label count is 0; it must be at least 1");
   }
   return count;
 }

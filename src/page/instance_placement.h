@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "dxf/text_records.h"
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 #include "page/display_props.h"
 #include "page/page_context.h"
 

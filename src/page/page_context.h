@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "dxf/byte_sink.h"
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 
 namespace kalmor {
 

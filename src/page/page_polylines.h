@@ -6,10 +6,10 @@
 #include <string_view>
 
 #include "dxf/polyline_records.h"
-#include "host/types.h"
+#include "kalmor/types.h"
 #include "page/page_context.h"
 
-namespace kalmor::detail {
+namespace kalmor::page_detail {
 
 // An open two-vertex polyline from `a` to `b`.
 inline void WriteSegment(PageContext& page, std::string_view layer, LineWidthT width, CPoint a,
@@ -31,4 +31,4 @@ inline void WriteRectangle(PageContext& page, std::string_view layer, LineWidthT
   DxfSeqEnd(page.out, layer);
 }
 
-}  // namespace kalmor::detail
+}  // namespace kalmor::page_detail

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "dxf/byte_sink.h"
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 #include "page/page_context.h"
 
 namespace kalmor {

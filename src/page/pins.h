@@ -4,7 +4,7 @@
 // pins (the pin line with dot, clock, no-connect mark, name and number). Everything goes on
 // "PARTS", the pins' display-property text included.
 
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 #include "page/page_context.h"
 
 namespace kalmor {

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "dxf/byte_sink.h"
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 
 namespace kalmor {
 

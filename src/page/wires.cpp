@@ -17,7 +17,7 @@ void WriteWireLine(PageContext& page, const DboWire& wire) {
   const CPoint start = wire.GetStartPoint(page.state);
   const CPoint end = wire.GetEndPoint(page.state);
   const LineWidthT width = wire.GetObjectType(page.state) == dbo_type::kWire ? 0 : 1;
-  detail::WriteSegment(page, layer::kWire, width, start, end);
+  page_detail::WriteSegment(page, layer::kWire, width, start, end);
 }
 
 // Every display property of a wire is written, whatever its display type; its location is a

@@ -17,7 +17,7 @@ DxfReadError::DxfReadError(std::string_view sourceName, std::size_t line, std::s
       line_(line),
       record_(std::move(record)) {}
 
-namespace detail {
+namespace render_detail {
 namespace {
 
 // Coordinates beyond this cannot come from a page and would overflow the picture's arithmetic.
@@ -56,7 +56,7 @@ std::string Str(std::string_view s) {
 
 struct Pair {
   int code = 0;
-  std::string_view value;
+  std::string value;
   std::size_t line = 0;  // line of the group code; the value is on the next line
   std::size_t valueLine() const { return line + 1; }
   std::string_view name() const { return Trim(value); }
@@ -75,65 +75,134 @@ class Source {
   std::string_view name_;
 };
 
-// The file as group code / value pairs. Lines end in LF, with or without a CR before it.
-class PairReader {
+// The bytes of a file in memory, as a byte source.
+class MemoryBytes final : public DxfByteSource {
  public:
-  PairReader(std::string_view text, const Source& source) : source_(source) {
-    while (!text.empty()) {
-      const auto end = text.find('\n');
-      std::string_view line = text.substr(0, end);
-      if (!line.empty() && line.back() == '\r') {
-        line.remove_suffix(1);
+  explicit MemoryBytes(std::string_view bytes) : bytes_(bytes) {}
+  std::size_t Read(char* buffer, std::size_t size) override {
+    const std::size_t n = std::min(size, bytes_.size());
+    std::copy_n(bytes_.data(), n, buffer);
+    bytes_.remove_prefix(n);
+    return n;
+  }
+
+ private:
+  std::string_view bytes_;
+};
+
+// The lines of a file, read from its source a buffer at a time: only the line being read is
+// held, however long the file. Lines end in LF, with or without a CR before it; a last line
+// without its LF counts when it is not empty.
+class LineReader {
+ public:
+  explicit LineReader(DxfByteSource& bytes) : bytes_(bytes) {}
+
+  bool Next(std::string& line) {
+    line.clear();
+    for (;;) {
+      if (next_ == filled_) {
+        filled_ = atEnd_ ? 0 : bytes_.Read(buffer_.data(), buffer_.size());
+        next_ = 0;
+        if (filled_ == 0) {
+          atEnd_ = true;
+          return EndLine(line, !line.empty());
+        }
       }
-      lines_.push_back(line);
-      text = end == std::string_view::npos ? std::string_view() : text.substr(end + 1);
+      const char* begin = buffer_.data() + next_;
+      const char* end = buffer_.data() + filled_;
+      const char* lf = std::find(begin, end, '\n');
+      line.append(begin, lf);
+      next_ = static_cast<std::size_t>(lf - buffer_.data());
+      if (lf != end) {
+        ++next_;
+        return EndLine(line, true);
+      }
     }
   }
 
-  bool AtEnd() const { return next_ >= lines_.size(); }
-  std::size_t LastLine() const { return std::max<std::size_t>(lines_.size(), 1); }
+ private:
+  static bool EndLine(std::string& line, bool isLine) {
+    if (!line.empty() && line.back() == '\r') {
+      line.pop_back();
+    }
+    return isLine;
+  }
+
+  DxfByteSource& bytes_;
+  std::array<char, 1 << 16> buffer_{};
+  std::size_t next_ = 0;
+  std::size_t filled_ = 0;
+  bool atEnd_ = false;
+};
+
+// The file as group code / value pairs, with the two lines of the next pair read ahead.
+class PairReader {
+ public:
+  PairReader(DxfByteSource& bytes, const Source& source) : lines_(bytes), source_(source) {
+    Fill();
+  }
+
+  bool AtEnd() const { return ahead_ == 0; }
+  // The number of the file's last line; asked for once the whole file has been read.
+  std::size_t LastLine() const { return std::max<std::size_t>(linesRead_, 1); }
 
   // Reads the pair at the cursor without taking it; the caller has checked AtEnd.
   Pair Peek() const {
-    const std::size_t line = next_ + 1;
-    const std::string_view text = Trim(lines_[next_]);
+    const std::size_t line = linesRead_ - ahead_ + 1;
+    const std::string_view text = Trim(pending_[0]);
     int code = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), code);
     if (text.empty() || error != std::errc() || end != text.data() + text.size() || code < 0) {
-      source_.Fail(line, "", "expected a group code, found " + Quoted(lines_[next_]));
+      source_.Fail(line, "", "expected a group code, found " + Quoted(pending_[0]));
     }
-    if (next_ + 1 >= lines_.size()) {
+    if (ahead_ < 2) {
       source_.Fail(line, "",
                    "file ends after group code " + std::to_string(code) + " without its value");
     }
-    return {code, lines_[next_ + 1], line};
+    return {code, pending_[1], line};
   }
 
   Pair Take() {
     Pair pair = Peek();
-    next_ += 2;
+    ahead_ = 0;
+    Fill();
     return pair;
   }
 
-  // The 1-based line of the first non-blank line after the cursor, if any.
-  std::optional<std::size_t> NextNonBlankLine() const {
-    for (std::size_t i = next_; i < lines_.size(); ++i) {
-      if (!Trim(lines_[i]).empty()) {
-        return i + 1;
+  // The 1-based line of the first non-blank line after the cursor, if any; reads to it.
+  std::optional<std::size_t> NextNonBlankLine() {
+    for (std::size_t i = 0; i < ahead_; ++i) {
+      if (!Trim(pending_[i]).empty()) {
+        return linesRead_ - ahead_ + i + 1;
+      }
+    }
+    while (lines_.Next(pending_[0])) {
+      ++linesRead_;
+      if (!Trim(pending_[0]).empty()) {
+        return linesRead_;
       }
     }
     return std::nullopt;
   }
 
  private:
+  void Fill() {
+    while (ahead_ < 2 && lines_.Next(pending_[ahead_])) {
+      ++ahead_;
+      ++linesRead_;
+    }
+  }
+
+  LineReader lines_;
   const Source& source_;
-  std::vector<std::string_view> lines_;
-  std::size_t next_ = 0;  // index of the next group-code line
+  std::array<std::string, 2> pending_;  // the code line and the value line read ahead
+  std::size_t ahead_ = 0;               // how many of them hold a line
+  std::size_t linesRead_ = 0;
 };
 
 // A record: its name and the groups up to the next group 0.
 struct Record {
-  std::string_view name;
+  std::string name;
   std::size_t line = 0;  // line of the name
   std::vector<Pair> groups;
 };
@@ -238,8 +307,8 @@ class Fields {
 
 class DxfParser {
  public:
-  DxfParser(std::string_view text, std::string_view sourceName)
-      : source_(sourceName), pairs_(text, source_) {}
+  DxfParser(DxfByteSource& bytes, std::string_view sourceName)
+      : source_(sourceName), pairs_(bytes, source_) {}
 
   DxfDrawing Parse() {
     if (pairs_.AtEnd()) {
@@ -315,7 +384,7 @@ class DxfParser {
   }
 
   Record ReadRecord(const Pair& head) {
-    Record record{head.name(), head.valueLine(), {}};
+    Record record{Str(head.name()), head.valueLine(), {}};
     while (!pairs_.AtEnd() && pairs_.Peek().code != 0) {
       record.groups.push_back(pairs_.Take());
     }
@@ -476,10 +545,15 @@ class DxfParser {
 };
 
 }  // namespace
-}  // namespace detail
+}  // namespace render_detail
+
+DxfDrawing ReadDxf(DxfByteSource& bytes, std::string_view sourceName) {
+  return render_detail::DxfParser(bytes, sourceName).Parse();
+}
 
 DxfDrawing ReadDxf(std::string_view dxf, std::string_view sourceName) {
-  return detail::DxfParser(dxf, sourceName).Parse();
+  render_detail::MemoryBytes bytes(dxf);
+  return ReadDxf(bytes, sourceName);
 }
 
 }  // namespace kalmor

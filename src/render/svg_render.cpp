@@ -5,6 +5,10 @@
 
 namespace kalmor {
 
+std::string RenderDxfToSvg(DxfByteSource& dxf, std::string_view sourceName) {
+  return WriteSvg(ReadDxf(dxf, sourceName), sourceName);
+}
+
 std::string RenderDxfToSvg(std::string_view dxf, std::string_view sourceName) {
   return WriteSvg(ReadDxf(dxf, sourceName), sourceName);
 }

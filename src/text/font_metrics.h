@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "host/types.h"
+#include "kalmor/types.h"
 
 namespace kalmor {
 

@@ -20,7 +20,7 @@
 #include "text/saturate.h"
 
 namespace kalmor {
-namespace detail {
+namespace text_detail {
 namespace {
 
 // FreeType's own texts for its error codes.
@@ -126,14 +126,14 @@ class SizedFace {
   SizedFace(FT_Library library, const FontFile& file, int64_t pixelSize) : file_(file) {
     if (const FT_Error error = FT_New_Face(library, file.path.c_str(), file.index, &face_)) {
       face_ = nullptr;
-      throw FontFileError("cannot open font file \"" + file.path + "\" (face " +
-                          std::to_string(file.index) + "): " + FreeTypeReason(error));
+      throw EnvironmentError("cannot open font file \"" + file.path + "\" (face " +
+                             std::to_string(file.index) + "): " + FreeTypeReason(error));
     }
     if (const FT_Error error = FT_Set_Pixel_Sizes(face_, 0, static_cast<FT_UInt>(pixelSize))) {
       FT_Done_Face(face_);
       face_ = nullptr;
-      throw FontFileError("cannot size font file \"" + file.path + "\" at " +
-                          std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
+      throw EnvironmentError("cannot size font file \"" + file.path + "\" at " +
+                             std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
     }
     latinAdvances_.fill(-1);
     ReadMetrics(pixelSize);
@@ -211,14 +211,14 @@ class SizedFace {
   std::unordered_map<char32_t, int32_t> otherAdvances_;
 };
 
-}  // namespace detail
+}  // namespace text_detail
 
 namespace {
 
 void EnsureFontconfig() {
   static const bool loaded = FcInit() == FcTrue;
   if (!loaded) {
-    throw FontFileError("fontconfig cannot load its configuration");
+    throw EnvironmentError("fontconfig cannot load its configuration");
   }
 }
 
@@ -231,7 +231,7 @@ int FontconfigWeight(int32_t weight) {
 
 FontFile ResolveFontFile(const LogFont& font) {
   EnsureFontconfig();
-  std::string face = detail::FaceName(font);
+  std::string face = text_detail::FaceName(font);
   if (face.empty()) {
     face = "sans-serif";
   }
@@ -251,7 +251,8 @@ FontFile ResolveFontFile(const LogFont& font) {
     if (match != nullptr) {
       FcPatternDestroy(match);
     }
-    throw FontFileError("no font file found for face \"" + face + "\" (fontconfig has no fonts)");
+    throw EnvironmentError("no font file found for face \"" + face +
+                           "\" (fontconfig has no fonts)");
   }
   FontFile file;
   file.path = reinterpret_cast<const char*>(path);
@@ -270,7 +271,7 @@ FontFile ResolveFontFile(const LogFont& font) {
 struct FreeTypeFontMetrics::Impl {
   explicit Impl(Resolver resolve) : resolve(std::move(resolve)) {
     if (const FT_Error error = FT_Init_FreeType(&library)) {
-      throw FontFileError("FreeType cannot start: " + detail::FreeTypeReason(error));
+      throw EnvironmentError("FreeType cannot start: " + text_detail::FreeTypeReason(error));
     }
   }
   ~Impl() {
@@ -279,12 +280,12 @@ struct FreeTypeFontMetrics::Impl {
   }
 
   // The face for a logical font at its size; null for a font of height 0.
-  detail::SizedFace* Face(const LogFont& font) {
-    const int64_t pixelSize = detail::PixelSize(font);
+  text_detail::SizedFace* Face(const LogFont& font) {
+    const int64_t pixelSize = text_detail::PixelSize(font);
     if (pixelSize == 0) {
       return nullptr;
     }
-    RequestKey request{detail::FaceName(font), font.lfWeight, font.lfItalic != 0, pixelSize};
+    RequestKey request{text_detail::FaceName(font), font.lfWeight, font.lfItalic != 0, pixelSize};
     if (const auto known = requests.find(request); known != requests.end()) {
       return known->second;
     }
@@ -293,7 +294,8 @@ struct FreeTypeFontMetrics::Impl {
     auto loaded = faces.find(key);
     if (loaded == faces.end()) {
       loaded =
-          faces.emplace(key, std::make_unique<detail::SizedFace>(library, file, pixelSize)).first;
+          faces.emplace(key, std::make_unique<text_detail::SizedFace>(library, file, pixelSize))
+              .first;
     }
     requests.emplace(std::move(request), loaded->second.get());
     return loaded->second.get();
@@ -304,8 +306,8 @@ struct FreeTypeFontMetrics::Impl {
 
   Resolver resolve;
   FT_Library library = nullptr;
-  std::map<FaceKey, std::unique_ptr<detail::SizedFace>> faces;
-  std::map<RequestKey, detail::SizedFace*> requests;
+  std::map<FaceKey, std::unique_ptr<text_detail::SizedFace>> faces;
+  std::map<RequestKey, text_detail::SizedFace*> requests;
 };
 
 FreeTypeFontMetrics::FreeTypeFontMetrics() : FreeTypeFontMetrics(ResolveFontFile) {}
@@ -316,7 +318,7 @@ FreeTypeFontMetrics::FreeTypeFontMetrics(Resolver resolver)
 FreeTypeFontMetrics::~FreeTypeFontMetrics() = default;
 
 bool FreeTypeFontMetrics::GetTextMetrics(const LogFont& font, TextMetrics& metrics) {
-  const detail::SizedFace* face = impl_->Face(font);
+  const text_detail::SizedFace* face = impl_->Face(font);
   if (face == nullptr) {
     return false;
   }
@@ -325,11 +327,11 @@ bool FreeTypeFontMetrics::GetTextMetrics(const LogFont& font, TextMetrics& metri
 }
 
 TextExtent FreeTypeFontMetrics::GetTextExtent(const LogFont& font, std::string_view line) {
-  detail::SizedFace* face = impl_->Face(font);
+  text_detail::SizedFace* face = impl_->Face(font);
   if (face == nullptr) {
     return {};
   }
-  return {detail::SaturateToInt32(face->Width(line)), face->Metrics().height};
+  return {text_detail::SaturateToInt32(face->Width(line)), face->Metrics().height};
 }
 
 }  // namespace kalmor

@@ -5,19 +5,13 @@
 
 #include <functional>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "kalmor/errors.h"
 #include "text/font_metrics.h"
 
 namespace kalmor {
-
-// A font file that cannot be found, opened or sized; the message names the file and the reason.
-class FontFileError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 // Where the glyphs of a logical font live.
 struct FontFile {
@@ -42,8 +36,8 @@ class FreeTypeFontMetrics final : public FontMetricsSource {
   FreeTypeFontMetrics(const FreeTypeFontMetrics&) = delete;
   FreeTypeFontMetrics& operator=(const FreeTypeFontMetrics&) = delete;
 
-  // Both throw FontFileError when the font's file cannot be loaded. A font of height 0 has no
-  // metrics and measures 0 x 0.
+  // Both throw EnvironmentError when the font's file cannot be found or loaded (the message names
+  // the file and the reason). A font of height 0 has no metrics and measures 0 x 0.
   bool GetTextMetrics(const LogFont& font, TextMetrics& metrics) override;
   TextExtent GetTextExtent(const LogFont& font, std::string_view line) override;
 

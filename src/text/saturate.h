@@ -6,11 +6,11 @@
 #include <cstdint>
 #include <limits>
 
-namespace kalmor::detail {
+namespace kalmor::text_detail {
 
 inline int32_t SaturateToInt32(int64_t value) {
   return static_cast<int32_t>(std::clamp<int64_t>(value, std::numeric_limits<int32_t>::min(),
                                                   std::numeric_limits<int32_t>::max()));
 }
 
-}  // namespace kalmor::detail
+}  // namespace kalmor::text_detail

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "host/types.h"
+#include "kalmor/types.h"
 
 namespace kalmor {
 

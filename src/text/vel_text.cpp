@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "host/user_interface.h"
+#include "kalmor/user_interface.h"
 #include "text/font_metrics.h"
 #include "text/saturate.h"
 #include "text/vel_gdi_cache.h"
@@ -103,8 +103,8 @@ void CVelText::Measure() {
   // Both dimensions are made even, so that the text's centre falls on a whole unit.
   const int64_t width = int64_t{rect.right} - rect.left;
   const int64_t height = int64_t{rect.bottom} - rect.top;
-  rect.right = detail::SaturateToInt32(rect.right + int64_t{width % 2 != 0});
-  rect.bottom = detail::SaturateToInt32(rect.bottom + int64_t{height % 2 != 0});
+  rect.right = text_detail::SaturateToInt32(rect.right + int64_t{width % 2 != 0});
+  rect.bottom = text_detail::SaturateToInt32(rect.bottom + int64_t{height % 2 != 0});
   SetBoundingRect(rect);
 }
 
@@ -183,8 +183,8 @@ CRect CVelText::LayOut(CRect rect) {
       // Only the four right angles are measured.
       break;
   }
-  return {detail::SaturateToInt32(laid.left), detail::SaturateToInt32(laid.top),
-          detail::SaturateToInt32(laid.right), detail::SaturateToInt32(laid.bottom)};
+  return {text_detail::SaturateToInt32(laid.left), text_detail::SaturateToInt32(laid.top),
+          text_detail::SaturateToInt32(laid.right), text_detail::SaturateToInt32(laid.bottom)};
 }
 
 }  // namespace kalmor

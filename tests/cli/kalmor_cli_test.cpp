@@ -129,7 +129,7 @@ TEST_F(KalmorCliTest, UsageErrorsExitTwoAndWriteNothing) {
 
   const CommandResult version = RunKalmor({"--version"});
   EXPECT_EQ(std::tie(version.status, version.out),
-            std::make_tuple(0, std::string("kalmor 1.15\n")));
+            std::make_tuple(0, std::string("kalmor 1.15.0\n")));
   for (const auto& [command, mentioned] : {std::pair{"export", "--raw-names"},
                                            {"page", "--occurrence"},
                                            {"check", "DESIGN"},
@@ -210,12 +210,13 @@ TEST_F(KalmorCliTest, PageWritesWhatExportWrites) {
             0);
   EXPECT_LT(ReadFileBytes(In("bare.dxf")).size(), ReadFileBytes(In("board_ROOT_PAGE2.dxf")).size());
 
-  // With no terminal to ask on, the save dialog is cancelled.
+  // With no terminal to ask on and nothing on standard input, there is no file to write.
   fs::remove(In("p.dxf"));
   const CommandResult asked = RunKalmor({"page", design, "--schematic", "ROOT", "--page", "PAGE1"});
-  EXPECT_EQ(
-      std::tie(asked.status, asked.out, asked.err),
-      std::make_tuple(0, std::string(), std::string("kalmor: no file chosen; nothing written\n")));
+  EXPECT_EQ(std::tie(asked.status, asked.out, asked.err),
+            std::make_tuple(2, std::string(),
+                            std::string("kalmor: no output file: give -o FILE, or the file name "
+                                        "on standard input\n")));
   EXPECT_EQ(Files(temp.path()).size(), 5u);
 }
 

@@ -1,14 +1,17 @@
 #pragma once
 
-// Runs the built kalmor command as a process, with no terminal: standard input is empty and
-// both outputs are captured.
+// Runs the built kalmor command as a process, with no terminal: standard input is empty (or
+// the given text) and both outputs are captured.
 
 #include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <fstream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,61 +27,108 @@ struct CommandResult {
   std::string err;
 };
 
-inline CommandResult RunKalmor(const std::vector<std::string>& arguments) {
-  const TempDir capture;
-  const std::string outPath = (capture / "out").string();
-  const std::string errPath = (capture / "err").string();
+struct CommandSetting {
+  std::string input;            // standard input's content
+  bool closedOutput = false;    // start with standard output closed
+  bool defaultSignals = false;  // every signal at its default action, none ignored
+};
 
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, outPath.c_str(),
-                                   O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errPath.c_str(),
-                                   O_WRONLY | O_CREAT | O_TRUNC, 0644);
-
-  std::vector<std::string> argv{KALMOR_CLI_PATH};
-  argv.insert(argv.end(), arguments.begin(), arguments.end());
-  std::vector<char*> pointers;
-  for (std::string& argument : argv) {
-    pointers.push_back(argument.data());
-  }
-  pointers.push_back(nullptr);
-
-  // Leak checking, where the build has it, must not talk on the standard error under test.
-  std::vector<std::string> environment{"LSAN_OPTIONS=print_suppressions=0"};
-  for (char** variable = environ; *variable != nullptr; ++variable) {
-    const std::string entry = *variable;
-    if (entry.rfind("LSAN_OPTIONS=", 0) == 0) {
-      environment[0] = entry + ":print_suppressions=0";
+// One run of the command, started at construction; Wait() ends it.
+class KalmorProcess {
+ public:
+  KalmorProcess(const std::vector<std::string>& arguments, const CommandSetting& setting = {}) {
+    std::ofstream(capture_ / "in", std::ios::binary) << setting.input;
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, (capture_ / "in").c_str(), O_RDONLY,
+                                     0);
+    if (setting.closedOutput) {
+      posix_spawn_file_actions_addclose(&actions, STDOUT_FILENO);
     } else {
-      environment.push_back(entry);
+      posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, (capture_ / "out").c_str(),
+                                       O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    }
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (capture_ / "err").c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    if (setting.defaultSignals) {
+      sigset_t all;
+      sigfillset(&all);
+      posix_spawnattr_setsigdefault(&attributes, &all);
+      posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+    }
+
+    std::vector<std::string> argv{KALMOR_CLI_PATH};
+    argv.insert(argv.end(), arguments.begin(), arguments.end());
+    std::vector<char*> pointers;
+    for (std::string& argument : argv) {
+      pointers.push_back(argument.data());
+    }
+    pointers.push_back(nullptr);
+
+    // Leak checking, where the build has it, must not talk on the standard error under test.
+    std::vector<std::string> environment{"LSAN_OPTIONS=print_suppressions=0"};
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+      const std::string entry = *variable;
+      if (entry.rfind("LSAN_OPTIONS=", 0) == 0) {
+        environment[0] = entry + ":print_suppressions=0";
+      } else {
+        environment.push_back(entry);
+      }
+    }
+    std::vector<char*> envp;
+    for (std::string& entry : environment) {
+      envp.push_back(entry.data());
+    }
+    envp.push_back(nullptr);
+
+    if (posix_spawn(&pid_, KALMOR_CLI_PATH, &actions, &attributes, pointers.data(), envp.data()) !=
+        0) {
+      pid_ = -1;
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    posix_spawnattr_destroy(&attributes);
+  }
+  ~KalmorProcess() {
+    if (pid_ > 0) {
+      kill(pid_, SIGKILL);
+      Wait();
     }
   }
-  std::vector<char*> envp;
-  for (std::string& entry : environment) {
-    envp.push_back(entry.data());
-  }
-  envp.push_back(nullptr);
+  KalmorProcess(const KalmorProcess&) = delete;
+  KalmorProcess& operator=(const KalmorProcess&) = delete;
 
-  CommandResult result;
-  pid_t pid = 0;
-  const int spawned =
-      posix_spawn(&pid, KALMOR_CLI_PATH, &actions, nullptr, pointers.data(), envp.data());
-  posix_spawn_file_actions_destroy(&actions);
-  if (spawned != 0) {
-    return result;
-  }
-  int status = 0;
-  while (waitpid(pid, &status, 0) < 0) {
-    if (errno != EINTR) {
+  pid_t pid() const { return pid_; }
+
+  CommandResult Wait() {
+    CommandResult result;
+    int status = 0;
+    while (pid_ > 0 && waitpid(pid_, &status, 0) < 0) {
+      if (errno != EINTR) {
+        return result;
+      }
+    }
+    if (pid_ <= 0) {
       return result;
     }
+    pid_ = -1;
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    if (std::ifstream(capture_ / "out")) {
+      result.out = ReadFileBytes(capture_ / "out");
+    }
+    result.err = ReadFileBytes(capture_ / "err");
+    return result;
   }
-  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  result.out = ReadFileBytes(outPath);
-  result.err = ReadFileBytes(errPath);
-  return result;
+
+ private:
+  TempDir capture_;
+  pid_t pid_ = -1;
+};
+
+inline CommandResult RunKalmor(const std::vector<std::string>& arguments,
+                               const CommandSetting& setting = {}) {
+  return KalmorProcess(arguments, setting).Wait();
 }
 
 }  // namespace kalmor::testing

@@ -15,8 +15,8 @@ namespace kalmor {
 namespace {
 
 std::string Ours(double value) {
-  char buffer[detail::kMaxRealChars];
-  return std::string(buffer, detail::AppendReal(buffer, value));
+  char buffer[dxf_detail::kMaxRealChars];
+  return std::string(buffer, dxf_detail::AppendReal(buffer, value));
 }
 
 std::string CLibrary(double value) {
@@ -44,7 +44,7 @@ TEST(RealFormat, FieldsOfNotableValues) {
     EXPECT_EQ(Ours(c.value), c.expected) << "value " << c.value;
   }
   const std::string widest = Ours(-DBL_MAX);
-  EXPECT_EQ(widest.size(), detail::kMaxRealChars);
+  EXPECT_EQ(widest.size(), dxf_detail::kMaxRealChars);
   EXPECT_EQ(widest, CLibrary(-DBL_MAX));
 }
 

@@ -1,4 +1,4 @@
-#include "export/dxf_export.h"
+#include "kalmor/export.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -8,8 +8,8 @@
 
 #include "dxf/byte_sink.h"
 #include "dxf/skeleton.h"
-#include "export/dxf_export.h"
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
+#include "kalmor/export.h"
 #include "page/page_walk.h"
 
 namespace kalmor::testing {

@@ -13,12 +13,12 @@
 #include <string>
 #include <vector>
 
-#include "cli/run_kalmor.h"
-#include "export/dxf_export.h"
 #include "hardening/dxf_page_check.h"
 #include "hardening/export_in_memory.h"
+#include "kalmor/export.h"
 #include "model/design.h"
 #include "model/design_reader.h"
+#include "render/dxf_reader.h"
 #include "support/page_fixture.h"
 #include "support/paths.h"
 
@@ -287,13 +287,19 @@ TEST(HostileDocumentsTest, FileThatCannotBeReadIsNamedWithTheReason) {
       EXPECT_EQ(std::string(error.what()), path + reason);
     }
   }
-  // The command reads designs and DXF files alike.
-  const CommandResult check = RunKalmor({"check", folder});
-  EXPECT_EQ(check.status, 1);
-  EXPECT_EQ(check.err, "kalmor: " + folder + ": cannot read: Is a directory\n");
-  const CommandResult render = RunKalmor({"render", folder, "-o", (temp / "x.svg").string()});
-  EXPECT_EQ(render.status, 1);
-  EXPECT_EQ(render.err, "kalmor: cannot read " + folder + ": Is a directory\n");
+}
+
+TEST(HostileDocumentsTest, BlankLinesAfterADrawingAreReadWithoutBeingHeld) {
+  const auto design = model::ReadDesignDocument(Document(R"("wires": [{"start": [0, 0],
+      "end": [10, 0]}])"),
+                                                "wire.json");
+  std::string dxf = ExportPagesInMemory(*design)[0];
+  dxf.append(50'000'000, '\n');
+  std::ofstream("/proc/self/clear_refs") << "5";
+  const std::size_t before = PeakResidentBytes();
+  EXPECT_EQ(ReadDxf(dxf, "blank.dxf").entities.size(),
+            ReadDxf(dxf.substr(0, dxf.find("EOF") + 5), "page.dxf").entities.size());
+  EXPECT_LT(PeakResidentBytes() - before, dxf.size() / 4) << "the lines were held";
 }
 
 }  // namespace

@@ -15,8 +15,8 @@
 
 #include "cli/run_kalmor.h"
 #include "dxf/output_file.h"
-#include "export/dxf_export.h"
 #include "hardening/export_in_memory.h"
+#include "kalmor/export.h"
 #include "model/design.h"
 #include "model/design_reader.h"
 #include "support/paths.h"
@@ -107,7 +107,9 @@ TEST(WriteFailureTest, CommandExitsThreeNamingTheFile) {
   CommandResult result;
   {
     const FileSizeLimit disk(kDiskBytes);
-    result = RunKalmor({"export", (temp / "board.json").string(), "-o", out.string()});
+    // The command, not its parent, turns the signal of the limit into a write error.
+    result = RunKalmor({"export", (temp / "board.json").string(), "-o", out.string()},
+                       {.input = "", .closedOutput = false, .defaultSignals = true});
   }
   EXPECT_EQ(result.status, 3);
   EXPECT_EQ(result.err,

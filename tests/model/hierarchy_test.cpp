@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 #include "model/design.h"
 #include "model/design_reader.h"
 

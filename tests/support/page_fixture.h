@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "dxf/byte_sink.h"
-#include "host/dbo.h"
+#include "kalmor/dbo.h"
 #include "model/design.h"
 #include "page/page_context.h"
 

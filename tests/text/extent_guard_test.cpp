@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "fixed_metrics.h"
-#include "host/user_interface.h"
+#include "kalmor/user_interface.h"
 #include "text/vel_text.h"
 
 namespace kalmor {

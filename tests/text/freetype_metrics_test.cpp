@@ -102,7 +102,7 @@ TEST(SystemFonts, UnloadableFontFilesAreClearErrors) {
     try {
       CVelText("x", {}, Font("Arial"), CVelText::kStyleText, CVelText::kFormatCalcRect);
       ADD_FAILURE() << "no error for " << path;
-    } catch (const FontFileError& error) {
+    } catch (const EnvironmentError& error) {
       EXPECT_NE(std::string(error.what()).find(path + "\" (face 0): " + reason), std::string::npos)
           << error.what();
     }

@@ -17,7 +17,7 @@
 #include "dxf/byte_sink.h"
 #include "dxf/detail/real_format.h"
 
-namespace kalmor::detail {
+namespace kalmor::dxf_detail {
 
 template <std::size_t N>
 struct Template {
@@ -198,4 +198,4 @@ void WritePiece(ByteSink& out, Args... values) {
   }
 }
 
-}  // namespace kalmor::detail
+}  // namespace kalmor::dxf_detail

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cstring>
 
-namespace kalmor::detail {
+namespace kalmor::dxf_detail {
 
 namespace {
 constexpr std::ptrdiff_t kFieldWidth = 8;
@@ -25,4 +25,4 @@ char* AppendReal(char* out, double value) {
   return out + kFieldWidth;
 }
 
-}  // namespace kalmor::detail
+}  // namespace kalmor::dxf_detail

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace kalmor::detail {
+namespace kalmor::dxf_detail {
 
 // The widest real: a sign, the 309 integer digits of the largest double, the point and four
 // decimals.
@@ -15,4 +15,4 @@ inline constexpr std::size_t kMaxRealChars = 1 + 309 + 1 + 4;
 // "nan", "-nan", "inf" and "-inf", padded like any other value.
 char* AppendReal(char* out, double value);
 
-}  // namespace kalmor::detail
+}  // namespace kalmor::dxf_detail

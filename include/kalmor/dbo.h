@@ -15,8 +15,9 @@
 #include <memory>
 #include <string>
 
-#include "host/dbo_state.h"
-#include "host/types.h"
+#include "kalmor/api.h"
+#include "kalmor/dbo_state.h"
+#include "kalmor/types.h"
 
 namespace kalmor {
 
@@ -67,39 +68,39 @@ class DboGraphicInstance;
 // ----------------------------------------------------------------------------------------------
 // Iterators
 
-class DboDesignOccurrencesIter {
+class KALMOR_API DboDesignOccurrencesIter {
  public:
   virtual ~DboDesignOccurrencesIter() = default;
   virtual const DboInstOccurrence* NextOccurrence(DboState& state) = 0;
 };
 
-class DboLibViewsIter {
+class KALMOR_API DboLibViewsIter {
  public:
   virtual ~DboLibViewsIter() = default;
   virtual const DboView* NextView(DboState& state) = 0;
 };
 
-class DboSchematicPagesIter {
+class KALMOR_API DboSchematicPagesIter {
  public:
   virtual ~DboSchematicPagesIter() = default;
   virtual const DboPage* NextPage(DboState& state) = 0;
 };
 
-class DboDisplayPropsIter {
+class KALMOR_API DboDisplayPropsIter {
  public:
   virtual ~DboDisplayPropsIter() = default;
   virtual const DboDisplayProp* NextProp(DboState& state) = 0;
 };
 
 // Vectors (graphic primitives, type codes 40 to 48) of a defining graphic object.
-class DboGraphicObjectVectorsIter {
+class KALMOR_API DboGraphicObjectVectorsIter {
  public:
   virtual ~DboGraphicObjectVectorsIter() = default;
   virtual const class DboBaseObject* NextVector(DboState& state) = 0;
 };
 
 // Members of a nested symbol vector; the returned status is not OK at the end.
-class DboSymbolVectorVectorsIter {
+class KALMOR_API DboSymbolVectorVectorsIter {
  public:
   virtual ~DboSymbolVectorVectorsIter() = default;
   virtual const class DboBaseObject* NextVector(DboState& state) = 0;
@@ -107,75 +108,75 @@ class DboSymbolVectorVectorsIter {
 
 // Points of a polygon or polyline: Next fills the point and returns a status that is not OK
 // at the end.
-class DboPolygonPointsIter {
+class KALMOR_API DboPolygonPointsIter {
  public:
   virtual ~DboPolygonPointsIter() = default;
   virtual DboState Next(CPoint& point) = 0;
 };
 using DboPolylinePointsIter = DboPolygonPointsIter;
 
-class DboPageTitleBlocksIter {
+class KALMOR_API DboPageTitleBlocksIter {
  public:
   virtual ~DboPageTitleBlocksIter() = default;
   virtual const class DboTitleBlock* NextTitleBlock(DboState& state) = 0;
 };
 
-class DboPagePartInstsIter {
+class KALMOR_API DboPagePartInstsIter {
  public:
   virtual ~DboPagePartInstsIter() = default;
   virtual const DboPartInst* NextPartInst(DboState& state) = 0;
 };
 
-class DboPageWiresIter {
+class KALMOR_API DboPageWiresIter {
  public:
   virtual ~DboPageWiresIter() = default;
   virtual const class DboWire* NextWire(DboState& state) = 0;
 };
 
-class DboPageGlobalsIter {
+class KALMOR_API DboPageGlobalsIter {
  public:
   virtual ~DboPageGlobalsIter() = default;
   virtual const class DboGlobal* NextGlobal(DboState& state) = 0;
 };
 
-class DboPagePortsIter {
+class KALMOR_API DboPagePortsIter {
  public:
   virtual ~DboPagePortsIter() = default;
   virtual const class DboPort* NextPort(DboState& state) = 0;
 };
 
-class DboPageOffPageConnectorsIter {
+class KALMOR_API DboPageOffPageConnectorsIter {
  public:
   virtual ~DboPageOffPageConnectorsIter() = default;
   virtual const class DboOffPageConnector* NextOffPageConnector(DboState& state) = 0;
 };
 
-class DboPageBusEntriesIter {
+class KALMOR_API DboPageBusEntriesIter {
  public:
   virtual ~DboPageBusEntriesIter() = default;
   virtual const class DboBusEntry* NextBusEntry(DboState& state) = 0;
 };
 
-class DboPageCommentGraphicsIter {
+class KALMOR_API DboPageCommentGraphicsIter {
  public:
   virtual ~DboPageCommentGraphicsIter() = default;
   virtual const DboGraphicInstance* NextCommentGraphic(DboState& state) = 0;
 };
 
 // Junction points of a wire: false at the end.
-class DboWireJunctionsIter {
+class KALMOR_API DboWireJunctionsIter {
  public:
   virtual ~DboWireJunctionsIter() = default;
   virtual bool NextJunction(CPoint& point, DboState& state) = 0;
 };
 
-class DboWireAliasesIter {
+class KALMOR_API DboWireAliasesIter {
  public:
   virtual ~DboWireAliasesIter() = default;
   virtual const class DboAlias* NextAlias(DboState& state) = 0;
 };
 
-class DboPartInstPinsIter {
+class KALMOR_API DboPartInstPinsIter {
  public:
   virtual ~DboPartInstPinsIter() = default;
   virtual const DboPortInst* NextPin(DboState& state) = 0;
@@ -184,7 +185,7 @@ class DboPartInstPinsIter {
 // ----------------------------------------------------------------------------------------------
 // Objects
 
-class DboBaseObject {
+class KALMOR_API DboBaseObject {
  public:
   virtual ~DboBaseObject() = default;
   // The host's object-type code (dbo_type).
@@ -192,36 +193,36 @@ class DboBaseObject {
 };
 
 // A design, schematic or page: an object with a name.
-class DboNamedObject : public DboBaseObject {
+class KALMOR_API DboNamedObject : public DboBaseObject {
  public:
   virtual void GetName(std::string& name, DboState& state) const = 0;
 };
 
-class DboLib : public DboNamedObject {
+class KALMOR_API DboLib : public DboNamedObject {
  public:
   // Iteration mode 6 selects the design's schematic views.
   virtual std::unique_ptr<DboLibViewsIter> NewViewsIter(int32_t mode, DboState& state) const = 0;
 };
 
-class DboDesign : public DboLib {
+class KALMOR_API DboDesign : public DboLib {
  public:
   // The design's instance occurrences, depth-first from the root schematic; may be null.
   virtual std::unique_ptr<DboDesignOccurrencesIter> NewOccurrencesIter(DboState& state) const = 0;
 };
 
-class DboView : public DboNamedObject {
+class KALMOR_API DboView : public DboNamedObject {
  public:
   // The view as a schematic, or null when it is another kind of view.
   virtual const DboSchematic* AsSchematic() const = 0;
 };
 
-class DboSchematic : public DboView {
+class KALMOR_API DboSchematic : public DboView {
  public:
   virtual std::unique_ptr<DboSchematicPagesIter> NewPagesIter(DboState& state) const = 0;
 };
 
 // One placement of a part or block in the design's hierarchy.
-class DboInstOccurrence : public DboBaseObject {
+class KALMOR_API DboInstOccurrence : public DboBaseObject {
  public:
   virtual bool IsPrimitive(DboState& state) const = 0;
   // The schematic a hierarchical occurrence shows; null for a primitive one.
@@ -237,7 +238,7 @@ class DboInstOccurrence : public DboBaseObject {
 };
 
 // Names an occurrence by its 32-bit design occurrence id.
-class DboInstOccurrencePtrProxy {
+class KALMOR_API DboInstOccurrencePtrProxy {
  public:
   void SetPtr(const DboInstOccurrence* occurrence) { occurrence_ = occurrence; }
   DboDesignOccurrenceId GetDWORDDesignOccurrenceId() const {
@@ -248,13 +249,13 @@ class DboInstOccurrencePtrProxy {
   const DboInstOccurrence* occurrence_ = nullptr;
 };
 
-class DboPortOccurrence : public DboBaseObject {
+class KALMOR_API DboPortOccurrence : public DboBaseObject {
  public:
   // A property string by the host's property id (dbo_prop::kPinName, kPinNumber).
   virtual void GetPropStringById(int32_t propId, std::string& value, DboState& state) const = 0;
 };
 
-class DboPage : public DboNamedObject {
+class KALMOR_API DboPage : public DboNamedObject {
  public:
   virtual int32_t GetPinToPin(DboState& state) const = 0;
   virtual int32_t GetPageWidth(DboState& state) const = 0;
@@ -289,7 +290,7 @@ class DboPage : public DboNamedObject {
 };
 
 // A display property: one of an object's properties, shown as text.
-class DboDisplayProp : public DboBaseObject {
+class KALMOR_API DboDisplayProp : public DboBaseObject {
  public:
   virtual DisplayTypeT GetDisplayType(DboState& state) const = 0;
   virtual void GetName(std::string& name, DboState& state) const = 0;
@@ -309,7 +310,7 @@ class DboDisplayProp : public DboBaseObject {
 };
 
 // A symbol: the defining graphic object of a placed instance.
-class DboGraphicObject : public DboBaseObject {
+class KALMOR_API DboGraphicObject : public DboBaseObject {
  public:
   virtual CRect GetBoundingBox(DboState& state) const = 0;
   virtual std::unique_ptr<DboGraphicObjectVectorsIter> NewVectorsIter(int32_t mode,
@@ -317,7 +318,7 @@ class DboGraphicObject : public DboBaseObject {
 };
 
 // Anything placed on a page with a location, rotation and mirror.
-class DboGraphicInstance : public DboBaseObject {
+class KALMOR_API DboGraphicInstance : public DboBaseObject {
  public:
   virtual RotationT GetRotation(DboState& state) const = 0;
   virtual CPoint GetLocation(DboState& state) const = 0;
@@ -328,12 +329,12 @@ class DboGraphicInstance : public DboBaseObject {
   virtual std::unique_ptr<DboDisplayPropsIter> NewDisplayPropsIter(DboState& state) const = 0;
 };
 
-class DboTitleBlock : public DboGraphicInstance {};
-class DboGlobal : public DboGraphicInstance {};
-class DboPort : public DboGraphicInstance {};
-class DboOffPageConnector : public DboGraphicInstance {};
+class KALMOR_API DboTitleBlock : public DboGraphicInstance {};
+class KALMOR_API DboGlobal : public DboGraphicInstance {};
+class KALMOR_API DboPort : public DboGraphicInstance {};
+class KALMOR_API DboOffPageConnector : public DboGraphicInstance {};
 
-class DboPartInst : public DboGraphicInstance {
+class KALMOR_API DboPartInst : public DboGraphicInstance {
  public:
   // The library part that defines a part or block; its box is the body rectangle.
   virtual const DboGraphicObject* GetDefiningPart(DboState& state) const = 0;
@@ -344,7 +345,7 @@ class DboPartInst : public DboGraphicInstance {
 };
 
 // A pin of a placed part or block; its points are page points.
-class DboPortInst : public DboBaseObject {
+class KALMOR_API DboPortInst : public DboBaseObject {
  public:
   virtual CPoint GetStartPoint(DboState& state) const = 0;
   virtual CPoint GetEndPoint(DboState& state) const = 0;
@@ -360,7 +361,7 @@ class DboPortInst : public DboBaseObject {
   virtual std::unique_ptr<DboDisplayPropsIter> NewDisplayPropsIter(DboState& state) const = 0;
 };
 
-class DboWire : public DboBaseObject {
+class KALMOR_API DboWire : public DboBaseObject {
  public:
   virtual CPoint GetStartPoint(DboState& state) const = 0;
   virtual CPoint GetEndPoint(DboState& state) const = 0;
@@ -370,7 +371,7 @@ class DboWire : public DboBaseObject {
 };
 
 // A net name placed on a wire.
-class DboAlias : public DboBaseObject {
+class KALMOR_API DboAlias : public DboBaseObject {
  public:
   virtual CPoint GetLocation(DboState& state) const = 0;
   virtual RotationT GetRotation(DboState& state) const = 0;
@@ -378,7 +379,7 @@ class DboAlias : public DboBaseObject {
   virtual void GetFont(LogFont& font, DboState& state) const = 0;
 };
 
-class DboBusEntry : public DboBaseObject {
+class KALMOR_API DboBusEntry : public DboBaseObject {
  public:
   virtual CPoint GetEntryPoint(DboState& state) const = 0;
   virtual CPoint GetEndPoint(DboState& state) const = 0;
@@ -389,7 +390,7 @@ class DboBusEntry : public DboBaseObject {
 // fields through static accessors that take the object as a DboBaseObject; given an object of
 // another class they return zero values and report a failure in the status.
 
-class DboLine : public DboBaseObject {
+class KALMOR_API DboLine : public DboBaseObject {
  public:
   virtual CPoint GetStart(DboState& state) const = 0;
   virtual CPoint GetEnd(DboState& state) const = 0;
@@ -402,7 +403,7 @@ class DboLine : public DboBaseObject {
   static LineWidthT sGetLineWidth(const DboBaseObject* object, DboState& state);
 };
 
-class DboBox : public DboBaseObject {
+class KALMOR_API DboBox : public DboBaseObject {
  public:
   virtual CRect GetRect(DboState& state) const = 0;
   virtual LineWidthT GetLineWidth(DboState& state) const = 0;
@@ -415,7 +416,7 @@ class DboBox : public DboBaseObject {
 };
 
 // An arc of the circle or ellipse inscribed in its bounding box, from start to end.
-class DboArc : public DboBaseObject {
+class KALMOR_API DboArc : public DboBaseObject {
  public:
   virtual CRect GetBoundingBox(DboState& state) const = 0;
   virtual CPoint GetStart(DboState& state) const = 0;
@@ -433,7 +434,7 @@ class DboArc : public DboBaseObject {
   static LineWidthT sGetLineWidth(const DboBaseObject* object, DboState& state);
 };
 
-class DboEllipse : public DboBaseObject {
+class KALMOR_API DboEllipse : public DboBaseObject {
  public:
   virtual CRect GetBoundingBox(DboState& state) const = 0;
   virtual LineWidthT GetLineWidth(DboState& state) const = 0;
@@ -446,7 +447,7 @@ class DboEllipse : public DboBaseObject {
 };
 
 // Polygons (closed) and polylines (open) share the point list.
-class DboPolygon : public DboBaseObject {
+class KALMOR_API DboPolygon : public DboBaseObject {
  public:
   virtual LineWidthT GetLineWidth(DboState& state) const = 0;
   virtual std::unique_ptr<DboPolygonPointsIter> NewPointsIter(DboState& state) const = 0;
@@ -454,9 +455,9 @@ class DboPolygon : public DboBaseObject {
   static LineWidthT sGetLineWidth(const DboBaseObject* object, DboState& state);
 };
 
-class DboPolyline : public DboPolygon {};
+class KALMOR_API DboPolyline : public DboPolygon {};
 
-class DboCommentText : public DboBaseObject {
+class KALMOR_API DboCommentText : public DboBaseObject {
  public:
   virtual CRect GetBoundingBox(DboState& state) const = 0;
   virtual void GetFont(LogFont& font, DboState& state) const = 0;
@@ -470,7 +471,7 @@ class DboCommentText : public DboBaseObject {
   static std::string sGetText(const DboBaseObject* object, DboState& state);
 };
 
-class DboBitMap : public DboBaseObject {
+class KALMOR_API DboBitMap : public DboBaseObject {
  public:
   virtual CRect GetBoundingBox(DboState& state) const = 0;
 
@@ -481,7 +482,7 @@ class DboBitMap : public DboBaseObject {
 };
 
 // A nested group of vectors, placed at its location within the symbol.
-class DboSymbolVector : public DboBaseObject {
+class KALMOR_API DboSymbolVector : public DboBaseObject {
  public:
   virtual CPoint GetLocation(DboState& state) const = 0;
   virtual std::unique_ptr<DboSymbolVectorVectorsIter> NewVectorsIter(DboState& state) const = 0;
@@ -491,13 +492,13 @@ class DboSymbolVector : public DboBaseObject {
 // Free graphics placed on a page (type codes 55 to 62). Each is a graphic instance whose shape
 // is one primitive in page coordinates; the static accessors read that shape.
 
-class DboCommentGraphic : public DboGraphicInstance {
+class KALMOR_API DboCommentGraphic : public DboGraphicInstance {
  public:
   // The primitive (type 40 to 47) that holds the graphic's geometry, or null.
   virtual const DboBaseObject* GetShape(DboState& state) const = 0;
 };
 
-class DboGraphicBoxInst {
+class KALMOR_API DboGraphicBoxInst {
  public:
   static LineWidthT sGetLineWidth(const DboGraphicInstance* object, DboState& state);
   static int32_t sGetLeft(const DboGraphicInstance* object, DboState& state);
@@ -506,7 +507,7 @@ class DboGraphicBoxInst {
   static int32_t sGetBottom(const DboGraphicInstance* object, DboState& state);
 };
 
-class DboGraphicLineInst {
+class KALMOR_API DboGraphicLineInst {
  public:
   static LineWidthT sGetLineWidth(const DboGraphicInstance* object, DboState& state);
   static int32_t sGetStartX(const DboGraphicInstance* object, DboState& state);
@@ -515,7 +516,7 @@ class DboGraphicLineInst {
   static int32_t sGetEndY(const DboGraphicInstance* object, DboState& state);
 };
 
-class DboGraphicArcInst {
+class KALMOR_API DboGraphicArcInst {
  public:
   static int32_t sGetBoundingBoxLeft(const DboGraphicInstance* object, DboState& state);
   static int32_t sGetBoundingBoxRight(const DboGraphicInstance* object, DboState& state);
@@ -528,7 +529,7 @@ class DboGraphicArcInst {
   static LineWidthT sGetLineWidth(const DboGraphicInstance* object, DboState& state);
 };
 
-class DboGraphicEllipseInst {
+class KALMOR_API DboGraphicEllipseInst {
  public:
   static int32_t sGetBoundingBoxLeft(const DboGraphicInstance* object, DboState& state);
   static int32_t sGetBoundingBoxRight(const DboGraphicInstance* object, DboState& state);
@@ -537,19 +538,19 @@ class DboGraphicEllipseInst {
   static LineWidthT sGetLineWidth(const DboGraphicInstance* object, DboState& state);
 };
 
-class DboGraphicPolygonInst {
+class KALMOR_API DboGraphicPolygonInst {
  public:
   static LineWidthT sGetLineWidth(const DboGraphicInstance* object, DboState& state);
   static const DboPolygon* GetDboPolygon(const DboGraphicInstance* object, DboState& state);
 };
 
-class DboGraphicPolylineInst {
+class KALMOR_API DboGraphicPolylineInst {
  public:
   static LineWidthT sGetLineWidth(const DboGraphicInstance* object, DboState& state);
   static const DboPolyline* GetDboPolyline(const DboGraphicInstance* object, DboState& state);
 };
 
-class DboGraphicCommentTextInst {
+class KALMOR_API DboGraphicCommentTextInst {
  public:
   static int32_t sGetBoundingBoxLeft(const DboGraphicInstance* object, DboState& state);
   static int32_t sGetBoundingBoxRight(const DboGraphicInstance* object, DboState& state);
@@ -559,7 +560,7 @@ class DboGraphicCommentTextInst {
   static std::string sGetText(const DboGraphicInstance* object, DboState& state);
 };
 
-class DboGraphicBitMapInst {
+class KALMOR_API DboGraphicBitMapInst {
  public:
   static int32_t sGetLeft(const DboGraphicInstance* object, DboState& state);
   static int32_t sGetTop(const DboGraphicInstance* object, DboState& state);

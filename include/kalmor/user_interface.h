@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "kalmor/api.h"
+
 namespace kalmor {
 
 struct SaveFileDialogSettings {
@@ -26,7 +28,7 @@ struct ExportProgress {
   std::string fileName;
 };
 
-class UserInterface {
+class KALMOR_API UserInterface {
  public:
   virtual ~UserInterface() = default;
   // A modal message with an OK button (style 0).
@@ -43,7 +45,7 @@ class UserInterface {
 };
 
 // A user interface that shows nothing: messages are dropped, dialogs are cancelled.
-class SilentUserInterface final : public UserInterface {
+class KALMOR_API SilentUserInterface final : public UserInterface {
  public:
   void MessageBox(std::string_view, std::string_view, unsigned) override {}
   std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings&) override {
@@ -53,10 +55,10 @@ class SilentUserInterface final : public UserInterface {
 };
 
 // The process-wide user interface (a silent one until something is installed).
-UserInterface& CurrentUserInterface();
+KALMOR_API UserInterface& CurrentUserInterface();
 
 // Installs `ui` for the lifetime of this object, restoring the previous one afterwards.
-class ScopedUserInterface {
+class KALMOR_API ScopedUserInterface {
  public:
   explicit ScopedUserInterface(UserInterface& ui);
   ~ScopedUserInterface();

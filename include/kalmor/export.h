@@ -1,15 +1,16 @@
 #pragma once
 
 // The two entry points of the export: a whole design, one file per schematic page, or one page
-// to a named or chosen file. Failures of the output file leave both as FileError (see
-// dxf/output_file.h), uncaught: the caller decides how to report them.
+// to a named or chosen file. Failures leave both as the exceptions of kalmor/errors.h, uncaught:
+// the caller decides how to report them.
 
 #include <cstdint>
 #include <functional>
 #include <string>
 
-#include "host/dbo.h"
-#include "host/user_interface.h"
+#include "kalmor/api.h"
+#include "kalmor/dbo.h"
+#include "kalmor/user_interface.h"
 
 namespace kalmor {
 
@@ -17,21 +18,23 @@ inline constexpr char kCompleteCaption[] = "KALMOR V1.15 COMPLETE";
 
 // 1 while DesignToDXF walks a design, which silences the per-page message of PageToDXF. An
 // export that ends with a FileError leaves it at 1 until the next design export completes.
-extern uint8_t g_inDesignExport;
+KALMOR_API extern uint8_t g_inDesignExport;
 
 // Writes every page of every schematic of `design`, each schematic once, to
 // <stem>_<schematic>_<page>.dxf, where the stem is `path` less a final ".dxf". A null design
-// does nothing. `unused` is handed to PageToDXF, which ignores it.
-void DesignToDXF(const DboDesign* design, std::string path, int32_t unused, int32_t frame,
-                 int32_t titleBlocks);
+// does nothing. `unused` is handed to PageToDXF, which ignores it. Every page file stays open,
+// locked against other exports, until the completion message has been shown, so that no page
+// reported complete was replaced in between. A link or a named pipe at a file is refused.
+KALMOR_API void DesignToDXF(const DboDesign* design, std::string path, int32_t unused,
+                            int32_t frame, int32_t titleBlocks);
 
 // Writes `page` to `fileName`, or to the file the user picks when it is empty (nothing at all
 // when the user cancels). `occurrence` may be null. `unused` is accepted and ignored.
-void PageToDXF(const DboPage* page, const DboInstOccurrence* occurrence, std::string fileName,
-               int32_t unused, int32_t frame, int32_t titleBlocks);
+KALMOR_API void PageToDXF(const DboPage* page, const DboInstOccurrence* occurrence,
+                          std::string fileName, int32_t unused, int32_t frame, int32_t titleBlocks);
 
 // What PageToDXF asks the save dialog for.
-SaveFileDialogSettings DxfSaveDialogSettings();
+KALMOR_API SaveFileDialogSettings DxfSaveDialogSettings();
 
 using DesignPageVisitor = std::function<void(
     const DboPage& page, const DboInstOccurrence* occurrence, const std::string& schematicName)>;
@@ -39,6 +42,7 @@ using DesignPageVisitor = std::function<void(
 // Visits the pages a design export writes, in its order: the schematics reached through the
 // hierarchy first (with the occurrence that first reached each), then the remaining schematic
 // views (with no occurrence). Each schematic name is visited once; names compare exactly.
-void VisitDesignPages(const DboDesign& design, DboState& state, const DesignPageVisitor& visit);
+KALMOR_API void VisitDesignPages(const DboDesign& design, DboState& state,
+                                 const DesignPageVisitor& visit);
 
 }  // namespace kalmor

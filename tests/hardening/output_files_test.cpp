@@ -1,0 +1,134 @@
+// What sits at an output path: links are not followed, named pipes and sockets are refused,
+// devices are written. A design export holds every page file until it reports completion, and
+// still completes when the process runs short of descriptors.
+
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "dxf/output_file.h"
+#include "hardening/export_in_memory.h"
+#include "kalmor/export.h"
+#include "model/design.h"
+#include "model/design_reader.h"
+#include "support/paths.h"
+
+namespace kalmor::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(OutputTargetTest, LinksPipesAndSocketsAreRefusedDevicesWritten) {
+  const TempDir temp;
+  std::ofstream(temp / "kept") << "kept";
+  fs::create_symlink(temp / "victim", temp / "dangling");
+  fs::create_symlink(temp / "kept", temp / "link");
+  mkfifo((temp / "fifo").c_str(), 0600);
+  const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, (temp / "socket").c_str(), sizeof address.sun_path - 1);
+  ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+
+  const std::string link = "it is a symbolic link, and links are not followed";
+  const std::pair<std::string, std::string> cases[] = {
+      {(temp / "dangling").string(), link},
+      {(temp / "link").string(), link},
+      {(temp / "fifo").string(), "it is a named pipe, not a file"},
+      {(temp / "socket").string(), "it is a socket, not a file"},
+      {"/dev/null", ""},
+  };
+  for (const auto& [path, reason] : cases) {
+    try {
+      OutputFile file(path);
+      file.Write("page");
+      file.Close();
+      EXPECT_EQ(reason, "") << path << " was written";
+    } catch (const FileError& error) {
+      EXPECT_EQ(error.reason(), reason) << path;
+    }
+  }
+  close(listener);
+  EXPECT_FALSE(fs::exists(temp / "victim"));
+  EXPECT_EQ(ReadFileBytes(temp / "kept"), "kept");
+}
+
+TEST(OutputTargetTest, ANulInThePathKeepsTheReasonInTheMessage) {
+  const FileError error(std::string("a\0b.dxf", 7), "the name holds a NUL character");
+  EXPECT_EQ(std::string(error.what()), "cannot write a\\x00b.dxf: the name holds a NUL character");
+}
+
+std::unique_ptr<model::Design> Pages(int count) {
+  std::string pages;
+  for (int i = 0; i < count; ++i) {
+    pages += (i == 0 ? "{\"name\": \"P" : "}, {\"name\": \"P") + std::to_string(i) + "\"";
+  }
+  return model::ReadDesignDocument(
+      R"({"kalmor_design": 1, "name": "B", "schematics": [{"name": "S", "pages": [)" + pages +
+          "}]}]}",
+      "pages.json");
+}
+
+// When the completion message comes, counts the announced page files it can lock.
+class LockProbe final : public UserInterface {
+ public:
+  void MessageBox(std::string_view, std::string_view, unsigned) override {
+    for (const std::string& file : files) {
+      const int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+      lockable += fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) == 0 ? 1 : 0;
+      close(fd);
+    }
+  }
+  std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings&) override { return {}; }
+  bool AppendToSessionLog(std::string_view) override { return false; }
+  bool WantsExportProgress() const override { return true; }
+  void ShowExportProgress(const ExportProgress& progress) override {
+    files.push_back(progress.fileName);
+  }
+
+  std::vector<std::string> files;
+  int lockable = 0;
+};
+
+TEST(HeldPagesTest, EveryPageFileIsLockedUntilTheCompletionMessage) {
+  const auto design = Pages(5);
+  const TempDir temp;
+  LockProbe probe;
+  const ScopedUserInterface scoped(probe);
+  DesignToDXF(design.get(), (temp / "b.dxf").string(), 0, 1, 1);
+  EXPECT_EQ(probe.files.size(), 5u);
+  EXPECT_EQ(probe.lockable, 0) << "a page file was free before its completion was reported";
+}
+
+TEST(HeldPagesTest, MorePagesThanDescriptorsAreAllWritten) {
+  const auto design = Pages(40);
+  const std::vector<std::string> expected = ExportPagesInMemory(*design);
+  const TempDir temp;
+  rlimit previous{};
+  getrlimit(RLIMIT_NOFILE, &previous);
+  int highest = 0;
+  for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
+    highest = std::max(highest, std::stoi(entry.path().filename().string()));
+  }
+  rlimit few = previous;
+  few.rlim_cur = static_cast<rlim_t>(highest) + 8;
+  setrlimit(RLIMIT_NOFILE, &few);
+  DesignToDXF(design.get(), (temp / "b.dxf").string(), 0, 1, 1);
+  setrlimit(RLIMIT_NOFILE, &previous);
+  for (int i = 0; i < 40; ++i) {
+    EXPECT_EQ(ReadFileBytes(temp / ("b_S_P" + std::to_string(i) + ".dxf")), expected[i]) << i;
+  }
+}
+
+}  // namespace
+}  // namespace kalmor::testing
