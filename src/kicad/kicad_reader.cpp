@@ -10,6 +10,7 @@
 #include <map>
 #include <set>
 
+#include "kicad/messages.h"
 #include "kicad/page_builder.h"
 #include "kicad/sheet_file.h"
 #include "kicad/text_markup.h"
@@ -29,7 +30,7 @@ constexpr std::size_t kMostPlacements = std::size_t{1} << 20;
 constexpr std::size_t kMostSheetDepth = 256;
 
 std::string Where(const std::string& path, Spot spot) {
-  return path + ":" + std::to_string(spot.line) + ":" + std::to_string(spot.column) + ": ";
+  return Escaped(path) + ":" + std::to_string(spot.line) + ":" + std::to_string(spot.column) + ": ";
 }
 
 struct LoadedSheet {
@@ -150,12 +151,11 @@ class HierarchyReader {
       if (std::find(stack.begin(), stack.end(), child) != stack.end()) {
         std::string chain;
         for (const std::size_t step : stack) {
-          chain += fs::path(sheets_[step]->file.path).filename().string() + " -> ";
+          chain += Escaped(fs::path(sheets_[step]->file.path).filename().string()) + " -> ";
         }
-        throw KiCadError(Where(parent.file.path, spot) + "the sheet file \"" +
-                         fs::path(sheets_[child]->file.path).filename().string() +
-                         "\" contains itself (" + chain +
-                         fs::path(sheets_[child]->file.path).filename().string() + ")");
+        const std::string name = fs::path(sheets_[child]->file.path).filename().string();
+        throw KiCadError(Where(parent.file.path, spot) + "the sheet file " + Described(name) +
+                         " contains itself (" + chain + Escaped(name) + ")");
       }
       if (stack.size() == kMostSheetDepth) {
         throw KiCadError(Where(parent.file.path, spot) + "sheets nested more than " +
@@ -288,7 +288,8 @@ class HierarchyReader {
       model::detail::LinkHierarchy(*data, std::nullopt, blocks);
     } catch (const model::detail::DocumentFault& fault) {
       // The walk above refuses every hierarchy the design would; this is a fault of the reader.
-      throw KiCadError(sheets_.front()->file.path + ": cannot build the design: " + fault.message);
+      throw KiCadError(Where(sheets_.front()->file.path, {1, 1}) +
+                       "cannot build the design: " + fault.message);
     }
     return std::make_unique<model::Design>(std::move(data));
   }
@@ -351,7 +352,7 @@ KiCadDesign LoadKiCadSchematic(const std::string& path) {
   std::string text;
   std::string error;
   if (!files(path, text, error)) {
-    throw KiCadError(error);
+    throw KiCadError(detail::Escaped(error));
   }
   return ReadKiCadSchematic(text, path, files);
 }

@@ -8,6 +8,7 @@
 #include "kicad/drawing_sheet.h"
 #include "kicad/image_size.h"
 #include "kicad/label_shapes.h"
+#include "kicad/messages.h"
 #include "kicad/shape_primitives.h"
 #include "kicad/symbol_library.h"
 #include "kicad/text_layout.h"
@@ -500,7 +501,8 @@ class Builder {
       views.push_back(ViewOf(symbol, *occurrence, unitCount));
     }
     if (lib == nullptr) {
-      warnings_.push_back({symbol.spot, "symbol " + views.front().reference + " (" + symbol.libId +
+      warnings_.push_back({symbol.spot, "symbol " + Described(views.front().reference) + " (" +
+                                            Described(symbol.libId) +
                                             ") is not among the file's library symbols; drawn "
                                             "as an empty box"});
     }
@@ -1011,7 +1013,7 @@ class Builder {
   void AddImage(const Image& image) {
     const std::optional<ImageSize> size = ImageSizeOf(image.data);
     if (!size) {
-      warnings_.push_back({{}, "an image of a kind this reader cannot size is left out"});
+      warnings_.push_back({image.spot, "an image of a kind this reader cannot size is left out"});
       return;
     }
     const int32_t width = ToUnits(size->widthMillimetres * image.scale);

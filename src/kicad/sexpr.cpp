@@ -3,6 +3,8 @@
 #include <array>
 #include <cstring>
 
+#include "kicad/messages.h"
+
 namespace kalmor::kicad::detail {
 namespace {
 
@@ -228,7 +230,7 @@ SexprTree::SexprTree(std::string_view text) {
           const Sexpr list(this, open.back().list);
           const std::string_view head = list.head();
           throw SyntaxFault{token.spot, "the file ends inside the list (" +
-                                            std::string(head.substr(0, 40)) + " ...) opened at " +
+                                            Escaped(head.substr(0, 40)) + " ...) opened at " +
                                             std::to_string(list.spot().line) + ":" +
                                             std::to_string(list.spot().column)};
         }

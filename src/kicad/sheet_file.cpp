@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "kicad/messages.h"
+
 namespace kalmor::kicad::detail {
 namespace {
 
@@ -25,10 +27,6 @@ constexpr PaperSize kPaperSizes[] = {
 
 [[noreturn]] void Fault(Sexpr at, std::string message) {
   throw SyntaxFault{at.spot(), std::move(message)};
-}
-
-std::string Described(std::string_view text) {
-  return "\"" + std::string(text.substr(0, 40)) + (text.size() > 40 ? "...\"" : "\"");
 }
 
 // An atom or a string, as text.
@@ -496,6 +494,7 @@ Label LabelOf(Sexpr node, Label::Kind kind) {
 
 Image ImageOf(Sexpr node) {
   Image image;
+  image.spot = node.spot();
   image.at = AtOf(node, nullptr);
   if (const Sexpr scale = node.Find("scale")) {
     image.scale = NumberOf(Required(scale, 1, "a scale"), "a scale");

@@ -167,6 +167,7 @@ struct Label {
 };
 
 struct Image {
+  Spot spot;
   Vec at;  // centre
   double scale = 1;
   std::string data;  // base64

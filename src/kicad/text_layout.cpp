@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "kicad/units.h"
 #include "kalmor/display_text.h"
+#include "kicad/units.h"
 
 namespace kalmor::kicad::detail {
 namespace {

@@ -249,6 +249,10 @@ TEST(KiCadReader, RefusesBadFilesSayingWhereAndWhat) {
       {WithSheet("sub.kicad_sch"),
        {{"d/sub.kicad_sch", "(kicad_sch (version 20211014)\n(wire"}},
        "d/sub.kicad_sch:2:6: the file ends inside the list (wire ...) opened at 2:1"},
+      // Control characters in names are written out, so that a NUL cannot cut the message.
+      {WithSheet(std::string("s\tu\0b", 5)),
+       {{std::string("d/s\tu\0b", 7), "  "}},
+       "d/s\\x09u\\x00b:1:1: the file is empty"},
   };
   for (const Case& c : cases) {
     EXPECT_THAT(RefusalOf(c.text, c.others), HasSubstr(c.says)) << c.text;
