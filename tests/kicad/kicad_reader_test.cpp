@@ -24,6 +24,14 @@ using model::detail::Pin;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
+std::vector<std::string> Shown(const model::detail::DisplayPropList& props) {
+  std::vector<std::string> texts;
+  for (const DisplayProp& prop : props) {
+    texts.push_back(prop.value);
+  }
+  return texts;
+}
+
 std::string NewerDesign() {
   return (testing::SourceDir() / "tests/kicad/data/newer/newer.kicad_sch").string();
 }
@@ -52,14 +60,6 @@ class NewerFormats : public ::testing::Test {
     }
     throw std::runtime_error("no pin " + number);
   }
-  static std::vector<std::string> Shown(const model::detail::DisplayPropList& props) {
-    std::vector<std::string> texts;
-    for (const DisplayProp& prop : props) {
-      texts.push_back(prop.value);
-    }
-    return texts;
-  }
-
   static KiCadDesign* read_;
 };
 KiCadDesign* NewerFormats::read_ = nullptr;
@@ -272,6 +272,68 @@ TEST(KiCadReader, ReadsNewerVersionsWithOneWarningAndFindsSheetsBesideTheRoot) {
                                           "20991231 is newer than this reader knows"));
   ASSERT_EQ(read.design->data().schematics.size(), 3u);
   EXPECT_EQ(read.design->data().schematics[2].pages[0].wires.size(), 1u);
+}
+
+// KiCad 6 keeps page numbers and references in the root file, names the sheet properties in the
+// user's language, and writes arcs by their centre and angles.
+TEST(KiCadReader, ReadsKiCadSixHierarchies) {
+  const std::string root = R"((kicad_sch (version 20211123) (generator eeschema)
+  (uuid 0) (paper "A4")
+  (lib_symbols
+    (symbol "L:Dual"
+      (symbol "Dual_1_1" (arc (start 1.27 0) (end 0 1.27)
+        (radius (at 0 0) (length 1.27) (angles 0 90)) (stroke (width 0)) (fill (type none))))
+      (symbol "Dual_2_1" (circle (center 0 0) (radius 1.27)))))
+  (symbol (lib_id "L:Dual") (at 25.4 25.4 0) (unit 1) (uuid U)
+    (property "Reference" "U?" (id 0) (at 25.4 22 0)))
+  (symbol (lib_id "L:Dual") (at 25.4 35.56 0) (unit 1) (uuid V)
+    (property "Reference" "U?" (id 0) (at 25.4 32 0)))
+  (sheet (at 50.8 50.8) (size 10.16 10.16) (uuid S1)
+    (property "Nom feuille" "Ampli" (id 0) (at 50.8 50 0))
+    (property "Fichier de feuille" "amp.kicad_sch" (id 1) (at 50.8 61.7 0)))
+  (sheet (at 76.2 50.8) (size 10.16 10.16) (uuid S2)
+    (property "Nom feuille" "Ampli2" (id 0) (at 76.2 50 0))
+    (property "Fichier de feuille" "amp.kicad_sch" (id 1) (at 76.2 61.7 0)))
+  (sheet_instances (path "/" (page "1")) (path "/S1" (page "5")) (path "/S2" (page "7")))
+  (symbol_instances
+    (path "/U" (reference "U4") (unit 2) (value "Dual") (footprint ""))
+    (path "/S1/R" (reference "R11") (unit 1) (value "1k") (footprint ""))
+    (path "/S2/R" (reference "R21") (unit 1) (value "2k") (footprint ""))))
+)";
+  const std::string amp = R"((kicad_sch (version 20211123) (generator eeschema) (uuid A)
+  (symbol (lib_id "L:R") (at 25.4 25.4 0) (unit 1) (uuid R)
+    (property "Reference" "R?" (id 0) (at 25.4 22 0))
+    (property "Value" "R" (id 1) (at 25.4 28 0))))
+)";
+  const KiCadDesign read =
+      ReadKiCadSchematic(root, "p/board.kicad_sch",
+                         Files({{"p/amp.kicad_sch", amp},
+                                {"p/board.kicad_pro", R"({"schematic": {"subpart_id_separator": 46,
+                                    "subpart_first_id": 97}})"}}));
+  const DesignData& data = read.design->data();
+  ASSERT_EQ(data.schematics.size(), 2u);
+  const Page& top = data.schematics[0].pages[0];
+  EXPECT_EQ(top.parts[0].properties[0].value, "U4.b");
+  EXPECT_EQ(top.parts[0].symbol->vectors.size(), 1u);   // unit 2's circle
+  EXPECT_EQ(top.parts[1].properties[0].value, "U?.a");  // no instance: the field, unit 1
+  DboState state;
+  ASSERT_EQ(top.parts[1].symbol->vectors.size(), 1u);
+  EXPECT_EQ(top.parts[1].symbol->vectors[0]->GetObjectType(state), dbo_type::kArc);
+  EXPECT_EQ(top.parts[2].id, "Ampli");
+  EXPECT_EQ(top.parts[3].id, "Ampli2");
+  const Page& sub = data.schematics[1].pages[0];
+  EXPECT_EQ(sub.name, "5");
+  ASSERT_EQ(sub.parts[0].properties.size(), 2u);
+  for (const auto& [index, plain, other] : {std::tuple{0, "R11", "R21"}, {1, "1k", "2k"}}) {
+    const DisplayProp& prop = sub.parts[0].properties[static_cast<std::size_t>(index)];
+    EXPECT_EQ(prop.value, plain);
+    ASSERT_EQ(prop.values.size(), 1u);
+    EXPECT_EQ(prop.values[0].path, "/Ampli2");
+    EXPECT_EQ(prop.values[0].value, other);
+  }
+  EXPECT_THAT(Shown(sub.titleBlocks[0].properties), ::testing::Contains("Id: 5/3"));
+  ASSERT_EQ(read.warnings.size(), 1u);  // L:R is not among amp's library symbols
+  EXPECT_THAT(read.warnings[0], HasSubstr("p/amp.kicad_sch:2:3: warning: symbol \"R11\""));
 }
 
 TEST(KiCadReader, TellsKiCadSchematicsByTheirContent) {
