@@ -34,6 +34,7 @@ struct ExportOptions {
   bool noTitleBlocks = false;
   bool rawNames = false;
   bool svg = false;
+  bool html = false;  // also the SVGs and the gallery STEM.html
 };
 
 struct PageOptions {

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/export_pictures.h"
 #include "cli/export_plan.h"
 #include "cli/files.h"
 #include "cli/interruption.h"
@@ -10,7 +11,6 @@
 #include "cli/terminal_ui.h"
 #include "export/output_names.h"
 #include "kalmor/export.h"
-#include "render/svg_render.h"
 
 namespace kalmor::cli {
 namespace {
@@ -29,27 +29,13 @@ std::string OutputPath(const ExportOptions& options) {
   return options.output;
 }
 
-std::string SvgPathFor(const std::string& dxfPath) {
-  return std::filesystem::path(dxfPath).replace_extension(".svg").string();
-}
-
-void WriteSvgBeside(const std::string& dxfPath) {
-  const std::string svgPath = SvgPathFor(dxfPath);
-  BeginOutput({svgPath,
-               false,
-               "kalmor: interrupted while writing " + Shortened(svgPath, kLongestPathShown) +
-                   ", which was removed; every page file was completed\n",
-               {}});
-  InputFile dxf(dxfPath);
-  WriteWholeFile(svgPath, RenderDxfToSvg(dxf, dxfPath));
-}
-
 }  // namespace
 
 int RunExport(const ExportOptions& options) {
   const LoadedDesign loaded(options.design);
   const std::string outputPath = OutputPath(options);
-  const std::vector<PlannedPage> pages = PlanPageFiles(loaded.design(), MakeOutputStem(outputPath));
+  const std::string stem = MakeOutputStem(outputPath);
+  const std::vector<PlannedPage> pages = PlanPageFiles(loaded.design(), stem);
 
   // Refused all before anything is written, so that an export never stops half-way on them.
   std::vector<std::string> refusals;
@@ -76,12 +62,15 @@ int RunExport(const ExportOptions& options) {
   }
   for (const PlannedPage& page : pages) {
     RefuseSameFile(page.file, loaded.identity(), options.design);
-    if (options.svg) {
+    if (options.svg || options.html) {
       RefuseSameFile(SvgPathFor(page.file), loaded.identity(), options.design);
     }
   }
+  if (options.html) {
+    RefuseSameFile(GalleryPathFor(stem), loaded.identity(), options.design);
+  }
 
-  TerminalUserInterface ui(/*recordFiles=*/options.svg);
+  TerminalUserInterface ui;
   DboState state;
   std::string designName;
   loaded.design().GetName(designName, state);
@@ -90,11 +79,11 @@ int RunExport(const ExportOptions& options) {
   const OutputTracking tracking;
   DesignToDXF(&loaded.design(), outputPath, 0, options.noFrame ? 0 : 1,
               options.noTitleBlocks ? 0 : 1);
-
-  if (options.svg) {
-    for (const std::string& dxfPath : ui.AnnouncedFiles()) {
-      WriteSvgBeside(dxfPath);
-    }
+  if (options.svg || options.html) {
+    WritePictures(loaded, options, stem, pages);
+  }
+  if (options.html) {
+    std::cout << "gallery: " << Printable(GalleryPathFor(stem)) << std::endl;
   }
   return kDone;
 }

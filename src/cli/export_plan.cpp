@@ -53,10 +53,11 @@ std::vector<PlannedPage> PlanPageFiles(const DboDesign& design, const std::strin
   DboState state;
   VisitDesignPages(
       design, state,
-      [&](const DboPage& page, const DboInstOccurrence*, const std::string& schematic) {
+      [&](const DboPage& page, const DboInstOccurrence* occurrence, const std::string& schematic) {
         std::string pageName;
         page.GetName(pageName, state);
-        pages.push_back({schematic, std::move(pageName), MakePageFileName(stem, schematic, page)});
+        pages.push_back(
+            {schematic, std::move(pageName), MakePageFileName(stem, schematic, page), occurrence});
       });
   return pages;
 }

@@ -15,6 +15,7 @@ struct PlannedPage {
   std::string schematicName;
   std::string pageName;
   std::string file;
+  const DboInstOccurrence* occurrence = nullptr;  // whose property values the page shows
 };
 
 // Every page the export writes, in its order, with its file name from `stem`.

@@ -65,4 +65,12 @@ const DboInstOccurrence* LoadedDesign::FindOccurrence(const std::string& path) c
   return design_->FindOccurrence(path);
 }
 
+const std::string& LoadedDesign::RootSchematic() const {
+  return design_->rootName();
+}
+
+std::vector<model::BlockOccurrence> LoadedDesign::Blocks() const {
+  return design_->BlockOccurrences();
+}
+
 }  // namespace kalmor::cli

@@ -5,13 +5,11 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "cli/files.h"
 #include "kalmor/dbo.h"
-
-namespace kalmor::model {
-class Design;
-}
+#include "model/design.h"
 
 namespace kalmor::cli {
 
@@ -30,6 +28,9 @@ class LoadedDesign {
   const FileIdentity& identity() const { return identity_; }
   // The occurrence at a path such as /BLK1, or null.
   const DboInstOccurrence* FindOccurrence(const std::string& path) const;
+  // The schematic at the top of the hierarchy, and every block occurrence below it.
+  const std::string& RootSchematic() const;
+  std::vector<model::BlockOccurrence> Blocks() const;
 
  private:
   FileIdentity identity_;

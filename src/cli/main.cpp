@@ -46,6 +46,8 @@ int Run(int argc, char** argv) {
                           "Use schematic and page names in file names as they are, even those "
                           "that hold separators or control characters");
   exportCommand->add_flag("--svg", exportOptions.svg, "Also write an SVG picture beside each DXF");
+  exportCommand->add_flag("--html", exportOptions.html,
+                          "Also write the SVG pictures and STEM.html, a gallery of every page");
 
   PageOptions pageOptions;
   CLI::App* pageCommand = app.add_subcommand("page", "Write one page to a DXF file");

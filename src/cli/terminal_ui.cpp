@@ -40,8 +40,8 @@ std::size_t CharacterStart(std::string_view text, std::size_t at) {
 
 }  // namespace
 
-TerminalUserInterface::TerminalUserInterface(bool recordFiles)
-    : progressToTerminal_(::isatty(STDERR_FILENO) != 0), recordFiles_(recordFiles) {}
+TerminalUserInterface::TerminalUserInterface()
+    : progressToTerminal_(::isatty(STDERR_FILENO) != 0) {}
 
 TerminalUserInterface::~TerminalUserInterface() {
   ClearProgress();
@@ -112,9 +112,6 @@ void TerminalUserInterface::TrackPage(const ExportProgress& progress) {
 
 void TerminalUserInterface::ShowExportProgress(const ExportProgress& progress) {
   TrackPage(progress);
-  if (recordFiles_) {
-    announcedFiles_.push_back(progress.fileName);
-  }
   if (!progressToTerminal_ || progress.count <= 1) {
     return;
   }

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "cli/files.h"
 #include "export/output_names.h"
@@ -17,8 +16,7 @@ namespace kalmor::cli {
 
 class TerminalUserInterface final : public UserInterface {
  public:
-  // `recordFiles`: keep the name of every page file a design export announces.
-  explicit TerminalUserInterface(bool recordFiles = false);
+  TerminalUserInterface();
 
   // A name that messages show cut short when it is long (a design's or a page's).
   void ShortenInMessages(std::string name) { longNames_.push_back(std::move(name)); }
@@ -37,15 +35,12 @@ class TerminalUserInterface final : public UserInterface {
 
   // Removes the progress line, if one is showing.
   void ClearProgress();
-  const std::vector<std::string>& AnnouncedFiles() const { return announcedFiles_; }
 
  private:
   void TrackPage(const ExportProgress& progress);
 
   bool progressToTerminal_;
-  bool recordFiles_;
   bool progressShown_ = false;
-  std::vector<std::string> announcedFiles_;
   std::vector<std::string> longNames_;
   std::optional<FileIdentity> input_;
   std::string inputPath_;

@@ -1,5 +1,7 @@
 #include "model/design.h"
 
+#include <unordered_map>
+
 #include "model/design_data.h"
 #include "model/sequence.h"
 
@@ -65,6 +67,27 @@ const std::string& Design::rootName() const {
 
 std::size_t Design::occurrenceCount() const {
   return data_->occurrences.size();
+}
+
+std::vector<BlockOccurrence> Design::BlockOccurrences() const {
+  std::vector<BlockOccurrence> blocks;
+  // Depth-first order lists every block before the blocks inside it.
+  std::unordered_map<const detail::Occurrence*, std::size_t> parentOf;
+  for (const detail::Occurrence& occurrence : data_->occurrences) {
+    if (occurrence.contents == nullptr) {
+      continue;
+    }
+    const auto parent = parentOf.find(&occurrence);
+    blocks.push_back({&occurrence, occurrence.part->id,
+                      parent != parentOf.end() ? parent->second : BlockOccurrence::kTop,
+                      occurrence.contents->name});
+    for (const detail::Occurrence* child : occurrence.children) {
+      if (child->contents != nullptr) {
+        parentOf.emplace(child, blocks.size() - 1);
+      }
+    }
+  }
+  return blocks;
 }
 
 std::vector<SchematicSummary> Design::Summarize() const {

@@ -39,6 +39,15 @@ struct SchematicSummary {
   std::vector<PageSummary> pages;
 };
 
+// An occurrence of a hierarchical block, that is one that shows a schematic.
+struct BlockOccurrence {
+  static constexpr std::size_t kTop = static_cast<std::size_t>(-1);
+  const DboInstOccurrence* occurrence = nullptr;
+  std::string id;             // the block's id: the last step of its path
+  std::size_t parent = kTop;  // index of the enclosing block in the list, kTop at the root
+  std::string schematic;      // the schematic it shows
+};
+
 class Design final : public DboDesign {
  public:
   explicit Design(std::unique_ptr<detail::DesignData> data);
@@ -54,6 +63,9 @@ class Design final : public DboDesign {
   // The root schematic's name (empty for a design without schematics).
   const std::string& rootName() const;
   std::size_t occurrenceCount() const;
+  // Every block occurrence, depth-first from the root. Paths are not stored whole: a chain of
+  // nested blocks would make them grow with the square of its depth.
+  std::vector<BlockOccurrence> BlockOccurrences() const;
   // Every schematic and page in document order, with their object counts.
   std::vector<SchematicSummary> Summarize() const;
   // Everything the design holds, for writers of it.

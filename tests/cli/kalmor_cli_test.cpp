@@ -120,12 +120,13 @@ TEST_F(KalmorCliTest, UsageErrorsExitTwoAndWriteNothing) {
            {"page", d, "--schematic", "NOPE", "--page", "PAGE1", "-o", In("x.dxf")},
            {"page", d, "--schematic", "ROOT", "--page", "NOPE", "-o", In("x.dxf")},
            {"page", d, "--schematic", "SUB", "--page", "S1", "--occurrence", "/NOPE"},
-           {"page", d, "--schematic", "ROOT", "--page", "PAGE1", "--occurrence", "/BLK1"}}) {
+           {"page", d, "--schematic", "ROOT", "--page", "PAGE1", "--occurrence", "/BLK1"},
+           {"export", Write("g.html", kHierarchy), "--html"}}) {  // the gallery is g.html
     const CommandResult result = RunKalmor(arguments);
     EXPECT_EQ(result.status, 2) << ::testing::PrintToString(arguments);
     EXPECT_NE(result.err, "") << ::testing::PrintToString(arguments);
   }
-  EXPECT_THAT(Files(temp.path()), ElementsAre("board.json"));
+  EXPECT_THAT(Files(temp.path()), ElementsAre("board.json", "g.html"));
 
   const CommandResult version = RunKalmor({"--version"});
   EXPECT_EQ(std::tie(version.status, version.out),

@@ -6,8 +6,12 @@ find per layer exactly the entities that the design document implies, and ezdxf'
 must draw each page to a PNG (kept in the build folder, not in git). The expected counts are worked
 out here from the design document alone, not from the exporter's code.
 
+LibreCAD prints every page to PDF (fitted to the sheet) and pdftoppm turns that into a PNG in
+build/interop/librecad/: the picture must not be blank, and the drawing's extent in it must have
+the proportions of the page, that is of its frame as ezdxf reads it.
+
 Deliberately broken copies of a good file (a SOLID without its fourth corner, a POLYLINE without
-its SEQEND) must make these checks fail.
+its SEQEND, a stray line far off the page, no entities) must make these checks fail.
 """
 
 import collections
@@ -20,7 +24,9 @@ import tempfile
 import unittest
 
 import ezdxf
+import ezdxf.bbox
 import matplotlib
+from PIL import Image
 
 matplotlib.use("Agg")
 import matplotlib.pyplot as plt  # noqa: E402
@@ -31,6 +37,11 @@ SOURCE = pathlib.Path(os.environ.get("KALMOR_SOURCE_DIR", pathlib.Path(__file__)
 BUILD = pathlib.Path(os.environ.get("KALMOR_BUILD_DIR", SOURCE / "build"))
 KALMOR = BUILD / "src" / "kalmor"
 PICTURES = BUILD / "interop"
+# KiCad demo designs that go through LibreCAD with the examples, below KICAD_DEMOS; for instance
+# "ecc83/ecc83-pp.kicad_sch", "interf_u/interf_u.kicad_sch", "stickhub/StickHub.kicad_sch"
+# (A4, A3, A3 portrait), once kalmor reads KiCad schematics.
+KICAD_DEMOS = pathlib.Path("/usr/share/kicad/demos")
+KICAD_DEMO_DESIGNS = []
 
 TYPE_CODES = {"part": 13, "block": 12}
 DRAWN_PRIMITIVES = {"line", "box", "arc", "ellipse", "polygon", "polyline", "bitmap"}
@@ -240,6 +251,46 @@ def draw(doc, png):
     plt.close(figure)
 
 
+def librecad_pictures(dxfs, folder):
+    """Prints the page files to PDF with LibreCAD, then each PDF to build/interop/librecad/ as a
+    PNG; yields (page file, PNG). LibreCAD runs without a display or a configuration of its own,
+    and stops waiting on a dialog when a file puzzles it, hence the time limit."""
+    runtime = folder / "runtime"
+    runtime.mkdir(mode=0o700, exist_ok=True)
+    env = {key: value for key, value in os.environ.items() if "DISPLAY" not in key}
+    env.update(QT_QPA_PLATFORM="offscreen", HOME=str(folder), XDG_RUNTIME_DIR=str(runtime),
+               XDG_CONFIG_HOME=str(folder / "config"))
+    try:
+        printed = subprocess.run(["librecad", "dxf2pdf", "-a", "-t", str(folder), *dxfs],
+                                 env=env, capture_output=True, text=True, timeout=120)
+    except subprocess.TimeoutExpired as error:
+        raise CheckFailed(f"LibreCAD still printing {[d.name for d in dxfs]} after 120 s") from error
+    pictures = PICTURES / "librecad"
+    pictures.mkdir(parents=True, exist_ok=True)
+    for dxf in dxfs:
+        pdf = folder / (dxf.stem + ".pdf")
+        if not pdf.exists():
+            raise CheckFailed(f"{dxf.name}: LibreCAD wrote no PDF: {printed.stderr[-500:]}")
+        subprocess.run(["pdftoppm", "-png", "-r", "100", "-singlefile", str(pdf),
+                        str(pictures / dxf.stem)], check=True, timeout=60)
+        yield dxf, pictures / (dxf.stem + ".png")
+
+
+def check_picture(png, dxf):
+    """The drawing in `png` is there and has the page's proportions within 2 %."""
+    ink = Image.open(png).convert("L").point(lambda value: 255 if value < 160 else 0)
+    box = ink.getbbox()
+    if box is None:
+        raise CheckFailed(f"{png.name}: blank")
+    space = ezdxf.readfile(dxf).modelspace()
+    frame = ezdxf.bbox.extents(space.query('POLYLINE[layer=="TITLE"]') or space)
+    expected = frame.size.x / frame.size.y
+    found = (box[2] - box[0]) / (box[3] - box[1])
+    if abs(found / expected - 1) > 0.02:
+        raise CheckFailed(f"{png.name}: the drawing is {found:.3f} times as wide as high, "
+                          f"the page {expected:.3f}")
+
+
 def export(design, folder):
     stem = folder / design.stem
     result = subprocess.run([str(KALMOR), "export", str(design), "-o", f"{stem}.dxf"],
@@ -275,6 +326,18 @@ class Readers(unittest.TestCase):
                     draw(doc, png)
                     self.assertGreater(png.stat().st_size, 0)
 
+    def test_librecad_draws_every_page_in_its_proportions(self):
+        designs = sorted((SOURCE / "examples").glob("*.json"))
+        designs += [KICAD_DEMOS / design for design in KICAD_DEMO_DESIGNS]
+        for design in designs:
+            folder = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
+            export(design, folder)
+            dxfs = sorted(folder.glob("*.dxf"))
+            self.assertTrue(dxfs, f"{design.name}: no page files")
+            for dxf, png in librecad_pictures(dxfs, folder):
+                with self.subTest(file=dxf.name):
+                    check_picture(png, dxf)
+
     def test_broken_files_fail_the_checks(self):
         design = SOURCE / "examples" / "board.json"
         document = json.loads(design.read_text())
@@ -300,6 +363,19 @@ class Readers(unittest.TestCase):
                 path.write_bytes(content)
                 with self.assertRaises(CheckFailed):
                     check_file(path, expected)
+
+        entities = text.index(b"ENTITIES\r\n") + len(b"ENTITIES\r\n")
+        end = text.index(b" 0\r\nENDSEC\r\n", entities)
+        stray = b" 0\r\nLINE\r\n 8\r\nWIRE\r\n 10\r\n0.0\r\n 20\r\n0.0\r\n 30\r\n0.0\r\n" \
+                b" 11\r\n0.0\r\n 21\r\n900.0\r\n 31\r\n0.0\r\n"
+        drawings = {"stray-line": text[:end] + stray + text[end:],
+                    "no-entities": text[:entities] + text[end:]}
+        folder = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
+        for name, content in drawings.items():
+            (folder / f"broken-{name}.dxf").write_bytes(content)
+        for dxf, png in librecad_pictures(sorted(folder.glob("*.dxf")), folder):
+            with self.subTest(broken=dxf.name), self.assertRaises(CheckFailed):
+                check_picture(png, dxf)
 
 
 if __name__ == "__main__":

@@ -166,6 +166,19 @@ TEST_F(Hierarchy, PinTextsFollowThePartOccurrence) {
   EXPECT_FALSE(failed.OK());
 }
 
+TEST_F(Hierarchy, BlockOccurrencesKnowTheBlockAroundThem) {
+  const std::vector<model::BlockOccurrence> blocks = design->BlockOccurrences();
+  std::vector<std::string> seen;
+  for (const model::BlockOccurrence& block : blocks) {
+    const bool top = block.parent == model::BlockOccurrence::kTop;
+    const std::string path = (top ? "" : "/" + blocks[block.parent].id) + "/" + block.id;
+    EXPECT_EQ(block.occurrence, design->FindOccurrence(path)) << path;
+    seen.push_back(path + " " + block.schematic);
+  }
+  EXPECT_EQ(seen, (std::vector<std::string>{"/BLK1 SUB", "/BLK1/BLK9 LEAF", "/BLK2 SUB",
+                                            "/BLK2/BLK9 LEAF"}));
+}
+
 TEST(HierarchyLimits, DesignWithoutSchematicsHasNoOccurrences) {
   const auto design =
       model::ReadDesignDocument(R"({"kalmor_design": 1, "name": "E", "schematics": []})", "e");
