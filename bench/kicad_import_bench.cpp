@@ -25,9 +25,9 @@ namespace fs = std::filesystem;
 const fs::path kDemos = "/usr/share/kicad/demos";
 
 struct Demos {
-  std::vector<std::string> paths;                   // every schematic file
-  std::map<std::string, std::string> texts;         // by path
-  std::vector<std::string> roots;                   // designs: beside a project file
+  std::vector<std::string> paths;                  // every schematic file
+  std::map<std::string, std::string> texts;        // by path
+  std::vector<std::string> roots;                  // designs: beside a project file
   std::map<std::string, std::size_t> designBytes;  // the files of each design, by root
   std::size_t bytes = 0;
 };
@@ -194,9 +194,10 @@ int main(int argc, char** argv) {
   const double tokenize = rate["BM_Tokenize"];
   const double import = rate["BM_Import"];
   const double largest = reporter.seconds["BM_LargestEndToEnd/real_time"];
-  std::printf("read %.0f MB/s; tokenize %.0f MB/s (%.2f x the read); import %.0f MB/s "
-              "(%.2f x); largest design end to end %.1f ms\n",
-              read, tokenize, tokenize / read, import, import / read, largest * 1e3);
+  std::printf(
+      "read %.0f MB/s; tokenize %.0f MB/s (%.2f x the read); import %.0f MB/s "
+      "(%.2f x); largest design end to end %.1f ms\n",
+      read, tokenize, tokenize / read, import, import / read, largest * 1e3);
   if (tokenize < 300 || import < 100 || largest >= 0.1) {
     std::fprintf(stderr, "below the targets: tokenize 300 MB/s, import 100 MB/s, largest 100 ms\n");
     return 1;

@@ -16,7 +16,7 @@ inline std::string Escaped(std::string_view text) {
     const auto byte = static_cast<unsigned char>(c);
     if (byte < 0x20 || byte == 0x7F) {
       char escape[8];
-      std::snprintf(escape, sizeof escape, "\\x%02X", byte);
+      std::snprintf(escape, sizeof escape, "\\x%02x", byte);
       out += escape;
     } else {
       out += c;
