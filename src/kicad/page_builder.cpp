@@ -173,8 +173,8 @@ class Builder {
   CPoint At(Vec point) const {
     return {ToUnits(point.x) - frame_.origin, ToUnits(point.y) - frame_.origin};
   }
-  double ExactX(double millimetres) const { return ToUnitsExact(millimetres) - frame_.origin; }
-  double ExactY(double millimetres) const { return ToUnitsExact(millimetres) - frame_.origin; }
+  // A coordinate (x or y alike) in page units, not rounded.
+  double Exact(double millimetres) const { return ToUnitsExact(millimetres) - frame_.origin; }
 
   // ---------------------------------------------------------------------------------------
   // Texts
@@ -588,7 +588,7 @@ class Builder {
       }
       const LogFont* font = Font(field.effects);
       const Baseline baseline =
-          FieldBaseline(ExactX(field.at.x), ExactY(field.at.y), field.angle, field.effects,
+          FieldBaseline(Exact(field.at.x), Exact(field.at.y), field.angle, field.effects,
                         orientation, DrawnWidth(text.plain, *font), DrawnHeight(*font));
       AddProperty(part.properties, field.name, std::move(text), font, baseline, part.location);
     }
@@ -708,7 +708,7 @@ class Builder {
       }
       const LogFont* font = Font(field.effects);
       const Baseline baseline =
-          FieldBaseline(ExactX(field.at.x), ExactY(field.at.y), field.angle, field.effects, {},
+          FieldBaseline(Exact(field.at.x), Exact(field.at.y), field.angle, field.effects, {},
                         DrawnWidth(text.plain, *font), DrawnHeight(*font));
       AddProperty(block.properties, field.name, std::move(text), font, baseline, block.location);
     }
@@ -785,8 +785,8 @@ class Builder {
   void AddLabel(const Label& label) {
     const std::string text = SheetText(label.text, *sources_.occurrences.front());
     const double size = ToUnitsExact(label.effects.height);
-    const double x = ExactX(label.at.x);
-    const double y = ExactY(label.at.y);
+    const double x = Exact(label.at.x);
+    const double y = Exact(label.at.y);
     switch (label.kind) {
       case Label::Kind::kLocal:
         AddLocalLabel(label, text, x, y);
@@ -824,7 +824,7 @@ class Builder {
           }
           const LogFont* font = Font(field.effects);
           const Baseline baseline =
-              FieldBaseline(ExactX(field.at.x), ExactY(field.at.y), field.angle, field.effects, {},
+              FieldBaseline(Exact(field.at.x), Exact(field.at.y), field.angle, field.effects, {},
                             DrawnWidth(shown.plain, *font), DrawnHeight(*font));
           shown.values.clear();  // connectors show plain values only
           AddProperty(flag.properties, field.name, std::move(shown), font, baseline, flag.location);
@@ -934,7 +934,7 @@ class Builder {
     // KiCad 6 turns texts by 180 and 270 degrees and justifies them the other way; they read
     // left to right or upward all the same.
     const bool vertical = SpinOf(text.angle) == Spin::kUp || SpinOf(text.angle) == Spin::kBottom;
-    AddTextLines(shown, text.effects, ExactX(text.at.x), ExactY(text.at.y), vertical);
+    AddTextLines(shown, text.effects, Exact(text.at.x), Exact(text.at.y), vertical);
   }
 
   // Text boxes wrap their text at the box's width, between words.
@@ -1019,8 +1019,8 @@ class Builder {
     const int32_t width = ToUnits(size->widthMillimetres * image.scale);
     const int32_t height = ToUnits(size->heightMillimetres * image.scale);
     auto bitmap = std::make_unique<BitMapShape>();
-    bitmap->rect.left = RoundToUnit(ExactX(image.at.x) - width / 2.0);
-    bitmap->rect.top = RoundToUnit(ExactY(image.at.y) - height / 2.0);
+    bitmap->rect.left = RoundToUnit(Exact(image.at.x) - width / 2.0);
+    bitmap->rect.top = RoundToUnit(Exact(image.at.y) - height / 2.0);
     bitmap->rect.right = bitmap->rect.left + width;
     bitmap->rect.bottom = bitmap->rect.top + height;
     AddGraphic(std::move(bitmap));
