@@ -49,7 +49,9 @@ class HierarchyReader {
   std::unique_ptr<model::Design> Read(std::string_view text, const std::string& path) {
     const std::size_t root = Load(text, path);
     ReadProject(path);
-    design_.legacySymbols = &sheets_[root]->file.symbolInstances;
+    for (const SymbolInstance& instance : sheets_[root]->file.symbolInstances) {
+      design_.legacySymbols.emplace(instance.path, &instance);
+    }
 
     auto top = std::make_unique<SheetOccurrence>();
     top->uuidPath = "/" + sheets_[root]->file.uuid;

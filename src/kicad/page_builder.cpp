@@ -403,13 +403,9 @@ class Builder {
         return &instance;
       }
     }
-    const std::string legacyKey = occurrence.legacyPath + "/" + symbol.uuid;
-    if (design_.legacySymbols != nullptr) {
-      for (const SymbolInstance& instance : *design_.legacySymbols) {
-        if (instance.path == legacyKey) {
-          return &instance;
-        }
-      }
+    if (const auto found = design_.legacySymbols.find(occurrence.legacyPath + "/" + symbol.uuid);
+        found != design_.legacySymbols.end()) {
+      return found->second;
     }
     for (const SymbolInstance& instance : symbol.instances) {
       const std::size_t second = instance.path.find('/', 1);

@@ -31,7 +31,8 @@ struct DesignContext {
   std::string unitSeparator;  // between a reference and its unit letter
   char firstUnitLetter = 'A';
   std::size_t pageCount = 1;
-  const std::vector<SymbolInstance>* legacySymbols = nullptr;  // KiCad 6's, in the root file
+  // KiCad 6's references, kept in the root file, by "/SHEET.../SYMBOL" uuid path.
+  std::unordered_map<std::string_view, const SymbolInstance*> legacySymbols;
 };
 
 // The design's fonts, each distinct record once.
