@@ -134,6 +134,28 @@ TEST(TextLayout, FieldsTurnWithTheirSymbolAndStayReadable) {
   }
 }
 
+TEST(TextLayout, LinesOfAFreeTextAreJustifiedEachOnItsOwn) {
+  // Right and top justified at (50.8, 50.8) mm, which is (153, 153) on the page.
+  const std::string text = R"((kicad_sch (version 20231120) (uuid "r")
+    (text "a longer first line\nend" (at 50.8 50.8 0)
+      (effects (font (size 1.27 1.27)) (justify right top)))))";
+  const KiCadDesign read = ReadKiCadSchematic(text, "t.kicad_sch", DiskFiles());
+  const auto& graphics = read.design->data().schematics[0].pages[0].graphics;
+  ASSERT_EQ(graphics.size(), 2u);
+  const auto& first = dynamic_cast<const model::detail::TextShape&>(*graphics[0].shape);
+  const auto& second = dynamic_cast<const model::detail::TextShape&>(*graphics[1].shape);
+  EXPECT_EQ(first.text, "a longer first line");
+  EXPECT_EQ(second.text, "end");
+  // Each line ends at the anchor; the second is KiCad's pitch (1.62 of 5 units) lower.
+  EXPECT_NEAR(first.rect.right, 153, 1);
+  EXPECT_NEAR(second.rect.right, 153, 1);
+  EXPECT_LT(first.rect.left, second.rect.left);
+  EXPECT_EQ(second.rect.top - first.rect.top, 8);
+  // The first line's capitals hang from the anchor: the page walk puts the base line its
+  // height (5.14) and 3 units below the box's top.
+  EXPECT_EQ(first.rect.top, 153 + 5 - 5 - 3);
+}
+
 TEST(TextLayout, FontHeightsDrawKiCadSizes) {
   // A KiCad size of u units becomes the height whose drawn text is u units high.
   for (const double millimetres : {0.762, 1.016, 1.27, 1.524, 2.54, 5.08}) {
