@@ -2,6 +2,7 @@
 
 // Which text a display property shows, and how large it is drawn. The export goes by this rule,
 // and a host answers DboDisplayProp::GetBoundingBox by it, so that both agree on every text.
+// Names and values are host texts (kalmor/host_text.h).
 
 #include <string>
 

@@ -30,7 +30,9 @@ using DboDesignOccurrenceId = uint32_t;
 
 // The logical-font record: 60 bytes, the first 28 of them the numeric fields, then the face.
 struct LogFont {
-  int32_t lfHeight = -9;
+  static constexpr int32_t kDefaultHeight = -9;
+
+  int32_t lfHeight = kDefaultHeight;
   int32_t lfWidth = 0;
   int32_t lfEscapement = 0;
   int32_t lfOrientation = 0;
@@ -44,6 +46,9 @@ struct LogFont {
   uint8_t lfQuality = 0;
   uint8_t lfPitchAndFamily = 0;
   char lfFaceName[32] = "Arial";
+
+  // The height texts take in this font: a height of 0 asks for the default height.
+  int32_t HeightOrDefault() const { return lfHeight != 0 ? lfHeight : kDefaultHeight; }
 
   // Copies at most 31 bytes of the face and terminates it.
   void SetFaceName(const char* face) {

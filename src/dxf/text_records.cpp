@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "dxf/detail/piece.h"
+#include "kalmor/host_text.h"
 
 namespace kalmor {
 
@@ -12,15 +13,42 @@ using dxf_detail::WritePiece;
 
 namespace {
 
-// Longest text value a record carries.
-constexpr std::size_t kMaxTextChars = 250;
+// Longest text value a record carries, in bytes.
+constexpr std::size_t kMaxValueBytes = 250;
 // Between a host anchor and the text's base line, in drawing units.
 constexpr double kBaseLineGap = 0.03;
 
-// Text up to the first line break, at most 250 characters.
+// The longest start of a text that fits in a value and ends on a whole character, so that no
+// escape is cut in two.
+std::string_view ValuePart(std::string_view text) {
+  if (text.size() <= kMaxValueBytes) {
+    return text;
+  }
+  std::size_t end = 0;
+  while (end < text.size()) {
+    const std::size_t next = end + DecodeHostText(text.substr(end)).length;
+    if (next > kMaxValueBytes) {
+      break;
+    }
+    end = next;
+  }
+  return text.substr(0, end);
+}
+
+// Text up to the first line break, at most one value long.
 std::string_view SingleLine(std::string_view text) {
-  text = text.substr(0, kMaxTextChars);
+  text = ValuePart(text);
   return text.substr(0, text.find_first_of("\r\n"));
+}
+
+// Where the character that starts at `at` ends: after one byte, or after a whole escape.
+std::size_t NextCharacter(std::string_view text, std::size_t at) {
+  return at + DecodeHostText(text.substr(at)).length;
+}
+
+// A backslash that is a character of its own, not the start of an escape.
+bool IsMark(std::string_view text, std::size_t at) {
+  return at < text.size() && text[at] == '\\' && NextCharacter(text, at) == at + 1;
 }
 
 void WriteTextPlacement(ByteSink& out, std::string_view layer, double x, double y, double height) {
@@ -53,7 +81,7 @@ double DxfTextHeight(int32_t fontHeight, double scale) {
 
 void DxfText(ByteSink& out, std::string_view layer, std::string text, const LogFont& font,
              RotationT rotation, double scale, int32_t x, int32_t y) {
-  const double h = DxfTextHeight(font.lfHeight, scale);
+  const double h = DxfTextHeight(font.HeightOrDefault(), scale);
   double px = Scaled(x, scale);
   double py = Scaled(y, scale);
   double angle = 0.0;
@@ -96,7 +124,7 @@ void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const L
   std::replace(text.begin(), text.end(), '\n', '\r');
   const auto breaks = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\r'));
 
-  const double h = DxfTextHeight(font.lfHeight, scale);
+  const double h = DxfTextHeight(font.HeightOrDefault(), scale);
   const int64_t left = std::min(x1, x2);
   const int64_t right = std::max(x1, x2);
   const int64_t top = std::min(y1, y2);
@@ -144,7 +172,7 @@ void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const L
   if (breaks == 0) {
     WriteTextPlacement(out, layer, x, y, h);
     WriteAngle(out, angle);
-    WriteValue(out, std::string_view(text).substr(0, kMaxTextChars));
+    WriteValue(out, ValuePart(text));
     return;
   }
 
@@ -153,7 +181,7 @@ void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const L
   const std::string_view all(text);
   std::size_t start = 0;
   for (std::size_t i = all.find('\r'); i != std::string_view::npos; i = all.find('\r', start)) {
-    const std::string_view line = all.substr(start, std::min(i - start, kMaxTextChars));
+    const std::string_view line = ValuePart(all.substr(start, i - start));
     WriteTextPlacement(out, layer, x, y, h);
     WriteAngle(out, angle);
     if (line.empty()) {
@@ -178,37 +206,55 @@ void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const L
 
 std::string OverlineToDxf(const std::string& text) {
   // A backslash marks the character before it; a run of marked characters becomes one run
-  // between overscore toggles. The first character cannot be a mark.
-  const std::size_t length = text.size();
+  // between overscore toggles. The first character cannot be a mark. The backslash of an escape
+  // is part of its character, never a mark. Positions are byte offsets of whole characters.
+  const std::string_view all(text);
   std::string result;
-  result.reserve(length + 8);
+  result.reserve(text.size() + 8);
   std::size_t copyStart = 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if (text[i] != '\\') {
+  std::size_t previous = 0;  // the character before `at`
+  for (std::size_t at = all.empty() ? 0 : NextCharacter(all, 0); at < all.size();) {
+    if (!IsMark(all, at)) {
+      previous = at;
+      at = NextCharacter(all, at);
       continue;
     }
-    // After "A\\" the copy start can pass i - 1; nothing is copied then.
-    if (copyStart < i - 1) {
-      result.append(text, copyStart, i - 1 - copyStart);
+    // After "A\\" the copy start can pass the marked character; nothing is copied then.
+    if (copyStart < previous) {
+      result.append(all.substr(copyStart, previous - copyStart));
     }
     result += "%%o";
-    result += text[i - 1];
-    for (std::size_t j = i + 2; j < length && text[j] == '\\'; j += 2) {
-      i += 2;
-      result += text[j - 1];
+    result.append(all.substr(previous, at - previous));
+    std::size_t mark = at;
+    for (;;) {
+      const std::size_t between = NextCharacter(all, mark);
+      if (between >= all.size()) {
+        break;
+      }
+      const std::size_t following = NextCharacter(all, between);
+      if (!IsMark(all, following)) {
+        break;
+      }
+      result.append(all.substr(between, following - between));
+      mark = following;
     }
     result += "%%o";
-    copyStart = i + 1;
+    copyStart = NextCharacter(all, mark);
+    previous = mark;
+    at = copyStart;
   }
-  if (copyStart < length) {
-    result.append(text, copyStart);
+  if (copyStart < all.size()) {
+    result.append(all.substr(copyStart));
   }
   return result;
 }
 
 int32_t VisibleTextLength(const std::string& text) {
-  const auto marks = std::count(text.begin(), text.end(), '\\');
-  return static_cast<int32_t>(static_cast<std::ptrdiff_t>(text.size()) - marks);
+  int64_t visible = 0;
+  for (std::size_t at = 0; at < text.size(); at = NextCharacter(text, at)) {
+    visible += IsMark(text, at) ? 0 : 1;
+  }
+  return static_cast<int32_t>(visible);
 }
 
 }  // namespace kalmor

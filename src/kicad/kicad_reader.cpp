@@ -79,14 +79,14 @@ class HierarchyReader {
     for (const SyntaxFault& warning : warnings) {
       warnings_.push_back(Where(path, warning.spot) + "warning: " + warning.message);
     }
-    sheet->schematicName = UniqueName(HostText(fs::path(path).stem().string()), schematicNames_);
+    sheet->schematicName = UniqueName(fs::path(path).stem().string(), schematicNames_);
     std::set<std::string> blockIds;
     for (const Sheet& own : sheet->file.sheets) {
       std::string name = own.nameField >= 0
                              ? own.fields[static_cast<std::size_t>(own.nameField)].value
                              : std::string();
       std::replace(name.begin(), name.end(), '/', '_');
-      sheet->links.push_back({UniqueName(HostText(name.empty() ? "sheet" : name), blockIds), {}});
+      sheet->links.push_back({UniqueName(name.empty() ? "sheet" : name, blockIds), {}});
     }
     byPath_.emplace(Key(path), sheets_.size());
     sheets_.push_back(std::move(sheet));
@@ -253,7 +253,7 @@ class HierarchyReader {
   }
 
   static std::string PageName(const std::string& number) {
-    std::string name = HostText(number.empty() ? "1" : number);
+    std::string name = number.empty() ? "1" : number;
     for (char& c : name) {
       if (c == '/' || c == '\\' || static_cast<unsigned char>(c) < 0x20) {
         c = '_';

@@ -515,7 +515,7 @@ class Builder {
     };
 
     PartInst& part = page_.parts.emplace_back();
-    part.id = UniquePartId(HostText(views.front().reference));
+    part.id = UniquePartId(views.front().reference);
     part.kind = dbo_type::kPartInst;
     part.symbol = built.symbol;
     part.body.symbol = built.symbol;
@@ -559,9 +559,10 @@ class Builder {
           }
         }
       }
+      const std::string number = own.number == "~" ? std::string() : own.number;
+      pin.id = number;  // ids name things, in UTF-8; the texts shown are host texts
       pin.name = HostText(PinNameText(name));
-      pin.number = HostText(own.number == "~" ? std::string() : own.number);
-      pin.id = pin.number;
+      pin.number = HostText(number);
       pin.start = placed(local.at);
       pin.end = placed(local.end);
       pin.visible = !own.hidden;
@@ -685,8 +686,8 @@ class Builder {
       }
       pin.start = at;
       pin.end = at;
+      pin.id = own.name;
       pin.name = HostText(PinNameText(own.name));
-      pin.id = pin.name;
       pin.blockKind = BlockPinKind(own.shape);
     }
     for (std::size_t i = 0; i < sheet.fields.size(); ++i) {

@@ -1,6 +1,9 @@
 #include "kicad/text_markup.h"
 
+#include <algorithm>
 #include <utility>
+
+#include "kalmor/host_text.h"
 
 namespace kalmor::kicad::detail {
 namespace {
@@ -106,7 +109,7 @@ std::string Expand(std::string_view text, const VariableLookup& lookup, int dept
 }  // namespace
 
 std::string HostText(std::string text) {
-  return text;
+  return HostTextFromUtf8(text);
 }
 
 std::string ExpandVariables(std::string_view text, const VariableLookup& lookup) {
@@ -131,12 +134,12 @@ std::string PinNameText(std::string_view text) {
   WalkMarkup(
       text, [&](std::string_view run) { out.append(run); },
       [&](std::string_view run) {
-        // A backslash marks the one byte before it; characters of several bytes keep no bar.
-        for (const char c : run) {
-          out.push_back(c);
-          if ((static_cast<unsigned char>(c) & 0x80) == 0) {
-            out.push_back('\\');
-          }
+        // A backslash marks the character before it, however many bytes it takes.
+        while (!run.empty()) {
+          const std::size_t length = std::max<std::size_t>(1, DecodeUtf8(run).length);
+          out.append(run.substr(0, length));
+          out.push_back('\\');
+          run.remove_prefix(std::min(length, run.size()));
         }
       });
   return out;

@@ -9,8 +9,9 @@
 
 namespace kalmor::kicad::detail {
 
-// Every text that enters the design from a KiCad file passes through here last, so that the
-// code page texts are handed over in is decided in one place. KiCad's texts are UTF-8.
+// Every text that enters the design from a KiCad file passes through here last: KiCad's UTF-8
+// becomes the host's text (see kalmor/host_text.h). Names that only make file names, ids and
+// messages stay UTF-8.
 std::string HostText(std::string text);
 
 // The value of a text variable by name, or nothing when it is unknown.

@@ -10,6 +10,7 @@
 #include <optional>
 #include <unordered_map>
 
+#include "kalmor/host_text.h"
 #include "model/design.h"
 #include "model/design_data.h"
 #include "model/hierarchy_links.h"
@@ -162,6 +163,10 @@ class DocumentReader {
   // ---------------------------------------------------------------------------------------
   // Values shared by several objects
 
+  // A text that the drawing shows, as the host keeps it (names of files and of the hierarchy
+  // stay UTF-8).
+  std::string ReadText() { return HostTextFromUtf8(in_.String()); }
+
   const LogFont* Intern(const LogFont& font) {
     std::string key(reinterpret_cast<const char*>(&font), sizeof font);
     const auto [found, added] = fontIndex_.try_emplace(std::move(key), nullptr);
@@ -238,9 +243,9 @@ class DocumentReader {
     prop.font = defaultFont_;
     in_.Record({"name"}, [&](std::string_view key) {
       if (key == "name") {
-        prop.name = in_.String();
+        prop.name = ReadText();
       } else if (key == "value") {
-        prop.value = in_.String();
+        prop.value = ReadText();
       } else if (key == "display") {
         prop.display = ReadDisplayType();
       } else if (key == "location") {
@@ -253,7 +258,7 @@ class DocumentReader {
         prop.extent = in_.Rect();
       } else if (key == "values") {
         in_.Map([&](std::string_view path) {
-          prop.values.push_back({std::string(path), 0, in_.String()});
+          prop.values.push_back({std::string(path), 0, ReadText()});
         });
       } else {
         return false;
@@ -306,7 +311,7 @@ class DocumentReader {
           fields.width = in_.Int32();
           break;
         case kTextField:
-          fields.text = in_.String();
+          fields.text = ReadText();
           break;
         case kFontField:
           fields.font = ReadFont();
@@ -580,9 +585,9 @@ class DocumentReader {
         pin.id = in_.String();
         hasId = true;
       } else if (key == "name") {
-        pin.name = in_.String();
+        pin.name = ReadText();
       } else if (key == "number") {
-        pin.number = in_.String();
+        pin.number = ReadText();
       } else if (key == "start") {
         pin.start = in_.Point();
       } else if (key == "end") {
@@ -606,10 +611,10 @@ class DocumentReader {
           Given& own = given.emplace_back();
           in_.Record([&](std::string_view field) {
             if (field == "name") {
-              text.name = in_.String();
+              text.name = ReadText();
               own.name = true;
             } else if (field == "number") {
-              text.number = in_.String();
+              text.number = ReadText();
               own.number = true;
             } else {
               return false;
@@ -694,7 +699,7 @@ class DocumentReader {
     alias.font = defaultFont_;
     in_.Record({"name", "location"}, [&](std::string_view key) {
       if (key == "name") {
-        alias.name = in_.String();
+        alias.name = ReadText();
       } else if (key == "location") {
         alias.location = in_.Point();
       } else if (key == "rotation") {

@@ -5,6 +5,7 @@
 #include <set>
 #include <string_view>
 
+#include "kalmor/host_text.h"
 #include "model/design.h"
 #include "model/design_data.h"
 
@@ -263,6 +264,10 @@ class DocumentWriter {
     }
   }
 
+  // A text the design holds in the host's code page, written back as the UTF-8 the reader takes;
+  // names (of the design, schematics, pages, ids) are written as they are.
+  void Text(std::string_view hostText) { out_.String(Utf8FromHostText(hostText)); }
+
   void WriteFont(std::string_view key, const LogFont* font) {
     if (font != nullptr && !IsDefaultFont(*font)) {
       out_.Key(key);
@@ -329,7 +334,7 @@ class DocumentWriter {
       type("text");
       rect(text->rect);
       out_.Key("text");
-      out_.String(text->text);
+      Text(text->text);
       WriteFont("font", text->font);
       const RotationT rotation = onPage ? pageRotation : text->rotation;
       if (rotation != 0) {
@@ -387,10 +392,10 @@ class DocumentWriter {
     for (const DisplayProp& prop : props) {
       out_.Begin('{');
       out_.Key("name");
-      out_.String(prop.name);
+      Text(prop.name);
       if (!prop.value.empty()) {
         out_.Key("value");
-        out_.String(prop.value);
+        Text(prop.value);
       }
       if (prop.display != 1) {
         out_.Key("display");
@@ -414,7 +419,7 @@ class DocumentWriter {
         out_.Begin('{');
         for (const OccurrenceValue& value : prop.values) {
           out_.Key(value.path);
-          out_.String(value.value);
+          Text(value.value);
         }
         out_.End('}');
       }
@@ -464,11 +469,11 @@ class DocumentWriter {
     }
     if (!pin.name.empty()) {
       out_.Key("name");
-      out_.String(pin.name);
+      Text(pin.name);
     }
     if (!pin.number.empty()) {
       out_.Key("number");
-      out_.String(pin.number);
+      Text(pin.number);
     }
     out_.Key("start");
     out_.Raw(PointText(pin.start));
@@ -496,9 +501,9 @@ class DocumentWriter {
         out_.Key(text.path);
         out_.Begin('{');
         out_.Key("name");
-        out_.String(text.name);
+        Text(text.name);
         out_.Key("number");
-        out_.String(text.number);
+        Text(text.number);
         out_.End('}');
       }
       out_.End('}');
@@ -570,7 +575,7 @@ class DocumentWriter {
       for (const Alias& alias : wire.aliases) {
         out_.Begin('{');
         out_.Key("name");
-        out_.String(alias.name);
+        Text(alias.name);
         out_.Key("location");
         out_.Raw(PointText(alias.location));
         if (alias.rotation != 0) {

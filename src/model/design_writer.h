@@ -9,8 +9,9 @@ namespace kalmor::model {
 
 class Design;
 
-// The document, UTF-8 JSON. Symbols used by more than one instance are written once under
-// `symbols`; the others stand inline where they are used. Texts are written byte for byte.
+// The document, JSON. Symbols used by more than one instance are written once under `symbols`;
+// the others stand inline where they are used. Texts shown on the page go back from the host's
+// code page to UTF-8; names are written byte for byte.
 std::string WriteDesignDocument(const Design& design);
 
 }  // namespace kalmor::model

@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "kalmor/host_text.h"
 #include "model/document_fault.h"
 
 namespace kalmor::model::detail {
@@ -23,43 +24,10 @@ struct ForeignByte {
   char byte;
 };
 
-// The length of the well-formed UTF-8 character at the start of `s`, or 0 when there is none.
+// The length of the well-formed UTF-8 character at the start of `s`, or 0 when there is none;
+// plain ASCII, most of any document, is told apart without the call.
 std::size_t Utf8CharLength(std::string_view s) {
-  const auto byte = [&](std::size_t i) {
-    return i < s.size() ? static_cast<unsigned char>(s[i]) : 0u;
-  };
-  const auto within = [&](std::size_t i, unsigned low, unsigned high) {
-    return byte(i) >= low && byte(i) <= high;
-  };
-  const unsigned lead = byte(0);
-  if (lead < 0x80) {
-    return 1;
-  }
-  unsigned low = 0x80;
-  unsigned high = 0xBF;
-  std::size_t length = 0;
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3;
-    low = lead == 0xE0 ? 0xA0 : 0x80;   // no overlong forms
-    high = lead == 0xED ? 0x9F : 0xBF;  // no surrogates
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4;
-    low = lead == 0xF0 ? 0x90 : 0x80;
-    high = lead == 0xF4 ? 0x8F : 0xBF;  // nothing beyond U+10FFFF
-  } else {
-    return 0;
-  }
-  if (!within(1, low, high)) {
-    return 0;
-  }
-  for (std::size_t i = 2; i < length; ++i) {
-    if (!within(i, 0x80, 0xBF)) {
-      return 0;
-    }
-  }
-  return length;
+  return static_cast<unsigned char>(s.front()) < 0x80 ? 1 : DecodeUtf8(s).length;
 }
 
 // The bytes of the decoded value that the escape at the start of `s` ("\n", "\u00e9", a

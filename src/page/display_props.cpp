@@ -101,7 +101,7 @@ CPoint ScaledDisplayPropAnchor(const DboDisplayProp& prop, int32_t x0, int32_t y
 }
 
 LogFont ScaledFont(LogFont font, double factor) {
-  font.lfHeight = TruncateToInt(font.lfHeight * factor);
+  font.lfHeight = TruncateToInt(font.HeightOrDefault() * factor);
   font.lfWidth = TruncateToInt(font.lfWidth * factor);
   return font;
 }

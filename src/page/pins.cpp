@@ -9,6 +9,7 @@
 #include "dxf/layers.h"
 #include "dxf/line_records.h"
 #include "dxf/text_records.h"
+#include "kalmor/host_text.h"
 #include "page/display_props.h"
 #include "page/instance_placement.h"
 
@@ -204,8 +205,8 @@ void PinTexts(const PageContext& page, const SymbolPin& pin, const std::string& 
               const std::string& number, bool namesVisible, bool numbersVisible) {
   const PagePoint e = pin.end;
   const double nameChars =
-      pin.edge == Edge::kTop ? static_cast<double>(name.size()) : VisibleTextLength(name);
-  const double numberChars = static_cast<double>(number.size());
+      pin.edge == Edge::kTop ? static_cast<double>(HostTextLength(name)) : VisibleTextLength(name);
+  const double numberChars = static_cast<double>(HostTextLength(number));
   PagePoint nameAt{};
   PagePoint numberAt{};
   switch (pin.edge) {

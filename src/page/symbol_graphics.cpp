@@ -134,15 +134,17 @@ void DrawEllipse(const Placer& at, const DboBaseObject* object) {
   DxfSeqEnd(at.out, at.layer);
 }
 
-// The points of a polygon or polyline, each scaled and moved by `offset` (already scaled).
-void DrawPoints(const Placer& at, const DboPolygon& shape, bool closed, LineWidthT width,
+// The points of a polygon or polyline, each scaled and moved by `offset` (already scaled); no
+// points without a shape.
+void DrawPoints(const Placer& at, const DboPolygon* shape, bool closed, LineWidthT width,
                 CPoint offset) {
   if (closed) {
     DxfClosedPolylineBegin(at.out, at.layer, width);
   } else {
     DxfPolylineBegin(at.out, at.layer, width);
   }
-  if (const std::unique_ptr<DboPolygonPointsIter> points = shape.NewPointsIter(at.state)) {
+  if (const std::unique_ptr<DboPolygonPointsIter> points =
+          shape != nullptr ? shape->NewPointsIter(at.state) : nullptr) {
     CPoint p;
     while (points->Next(p).OK()) {
       const CPoint scaled = at.Scaled(p);
@@ -152,18 +154,17 @@ void DrawPoints(const Placer& at, const DboPolygon& shape, bool closed, LineWidt
   DxfSeqEnd(at.out, at.layer);
 }
 
+// An object known only by its type code has no points: like every other kind, it is drawn
+// from the host's zero answers, here as a polyline without vertices.
 void DrawPolygon(const Placer& at, const DboBaseObject* object, bool closed) {
-  const auto* shape = dynamic_cast<const DboPolygon*>(object);
-  if (shape == nullptr) {
-    return;
-  }
-  DrawPoints(at, *shape, closed, at.Scaled(DboPolygon::sGetLineWidth(object, at.state)), {});
+  DrawPoints(at, dynamic_cast<const DboPolygon*>(object), closed,
+             at.Scaled(DboPolygon::sGetLineWidth(object, at.state)), {});
 }
 
 void DrawCommentText(const Placer& at, const DboBaseObject* object) {
   DboState& st = at.state;
   LogFont font = DboCommentText::sGetFont(object, st);
-  font.lfHeight = at.Scaled(font.lfHeight);
+  font.lfHeight = at.Scaled(font.HeightOrDefault());
   font.lfWidth = at.Scaled(font.lfWidth);
   const CPoint corner = at.Scaled(CPoint{DboCommentText::sGetBoundingBoxLeft(object, st),
                                          DboCommentText::sGetBoundingBoxTop(object, st)});
@@ -205,7 +206,7 @@ void DrawSymbolVector(const Placer& at, const DboBaseObject* object) {
     }
     const auto* polyline = dynamic_cast<const DboPolygon*>(member);
     if (polyline != nullptr && member->GetObjectType(at.state) == dbo_type::kPolyline) {
-      DrawPoints(at, *polyline, false, 0, offset);
+      DrawPoints(at, polyline, false, 0, offset);
     }
   }
 }

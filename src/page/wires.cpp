@@ -83,7 +83,7 @@ void WriteAliases(PageContext& page, const DboWire& wire) {
     // Divided by 175 here, not multiplied by its reciprocal as the text writer does: the last
     // bit of the sine can differ, and alias heights follow their own rule.
     const double height =
-        100.0 * page.s * std::sin(std::fabs(static_cast<double>(font.lfHeight)) / 175.0);
+        100.0 * page.s * std::sin(std::fabs(static_cast<double>(font.HeightOrDefault())) / 175.0);
     DxfTextAt(page.out, layer::kWireText, place.angle, std::move(name), page.X(place.at.x),
               page.Y(place.at.y), height);
   }

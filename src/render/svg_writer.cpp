@@ -8,6 +8,7 @@
 #include <optional>
 #include <type_traits>
 
+#include "kalmor/host_text.h"
 #include "render/bulge_arc.h"
 #include "render/xml_text.h"
 
@@ -118,9 +119,7 @@ std::vector<std::string_view> OverlineRuns(std::string_view value) {
 std::size_t VisibleCharacters(std::string_view value) {
   std::size_t count = 0;
   for (const std::string_view run : OverlineRuns(value)) {
-    count += static_cast<std::size_t>(std::count_if(run.begin(), run.end(), [](char c) {
-      return (static_cast<std::uint8_t>(c) & 0xC0) != 0x80;  // lead bytes only
-    }));
+    count += HostTextLength(run);
   }
   return count;
 }
@@ -289,10 +288,12 @@ class SvgBuilder {
       if (runs[i].empty()) {
         continue;
       }
+      // The file's texts are in its code page, with escapes for the characters it lacks.
+      const std::string shown = XmlText(Utf8FromHostText(runs[i]));
       if (i % 2 == 1) {
-        out_ += "<tspan text-decoration=\"overline\">" + XmlText(runs[i]) + "</tspan>";
+        out_ += "<tspan text-decoration=\"overline\">" + shown + "</tspan>";
       } else {
-        out_ += XmlText(runs[i]);
+        out_ += shown;
       }
     }
     out_ += "</text>\n";

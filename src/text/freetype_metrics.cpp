@@ -17,6 +17,8 @@
 #include <unordered_map>
 #include <utility>
 
+#include "kalmor/host_text.h"
+#include "text/face_substitution.h"
 #include "text/saturate.h"
 
 namespace kalmor {
@@ -51,71 +53,29 @@ std::string FaceName(const LogFont& font) {
   return {font.lfFaceName, strnlen(font.lfFaceName, sizeof font.lfFaceName)};
 }
 
-// Characters 0x80 to 0x9F of the Windows Latin-1 code page; the rest of its upper half is
-// Latin-1 itself.
-constexpr std::array<char32_t, 32> kWindowsLatin1High = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
-// The length of the well-formed UTF-8 sequence at the start of `s` and its code point, or 0.
-std::pair<std::size_t, char32_t> Utf8Sequence(std::string_view s) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(s[i]); };
-  const unsigned char lead = byte(0);
-  std::size_t length = 0;
-  char32_t cp = 0;
-  char32_t least = 0;
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2, cp = lead & 0x1F, least = 0x80;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3, cp = lead & 0x0F, least = 0x800;
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4, cp = lead & 0x07, least = 0x10000;
-  } else {
-    return {0, 0};
-  }
-  if (s.size() < length) {
-    return {0, 0};
-  }
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xC0) != 0x80) {
-      return {0, 0};
-    }
-    cp = (cp << 6) | (byte(i) & 0x3F);
-  }
-  if (cp < least || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
-    return {0, 0};
-  }
-  return {length, cp};
-}
-
-// Texts from design documents are UTF-8; a byte that starts no well-formed sequence is taken as
-// a Windows Latin-1 character, as the host's own texts are.
+// Texts come in the host's code page, with escapes for the characters it lacks.
 template <typename Visit>
 void ForEachCharacter(std::string_view text, Visit visit) {
   while (!text.empty()) {
-    const auto [length, cp] = Utf8Sequence(text);
-    if (length > 0) {
-      visit(cp);
-      text.remove_prefix(length);
-      continue;
-    }
-    const auto b = static_cast<unsigned char>(text.front());
-    visit(b >= 0x80 && b < 0xA0 ? kWindowsLatin1High[b - 0x80] : char32_t{b});
-    text.remove_prefix(1);
+    const TextCharacter c = DecodeHostText(text);
+    visit(c.code);
+    text.remove_prefix(c.length);
   }
 }
 
-int32_t RoundToPixels(double value) {
-  return static_cast<int32_t>(std::lround(value));
+int64_t RoundToPixels(double value) {
+  return std::llround(value);
 }
 
-// FreeType takes no larger pixel size.
-constexpr int64_t kLargestPixelSize = 0xFFFF;
+// FreeType keeps a size's pixels per em in 16 bits (FT_Size_Metrics' x_ppem and y_ppem) and
+// refuses to set up a larger size. A larger font is measured at this size and its metrics and
+// advances scaled up to its own: outlines scale linearly, and at this size hinting moves nothing
+// by a whole pixel.
+constexpr int64_t kLargestFreeTypeSize = 0xFFFF;
 
 // |height| in pixels: after normalisation the height names the character (em) height.
 int64_t PixelSize(const LogFont& font) {
-  return std::min<int64_t>(std::abs(static_cast<int64_t>(font.lfHeight)), kLargestPixelSize);
+  return std::abs(static_cast<int64_t>(font.lfHeight));
 }
 
 }  // namespace
@@ -123,17 +83,20 @@ int64_t PixelSize(const LogFont& font) {
 // One face file opened at one pixel size, with what has been measured in it so far.
 class SizedFace {
  public:
-  SizedFace(FT_Library library, const FontFile& file, int64_t pixelSize) : file_(file) {
+  SizedFace(FT_Library library, const FontFile& file, int64_t pixelSize)
+      : file_(file),
+        sizedAt_(std::min(pixelSize, kLargestFreeTypeSize)),
+        scale_(static_cast<double>(pixelSize) / static_cast<double>(sizedAt_)) {
     if (const FT_Error error = FT_New_Face(library, file.path.c_str(), file.index, &face_)) {
       face_ = nullptr;
       throw EnvironmentError("cannot open font file \"" + file.path + "\" (face " +
                              std::to_string(file.index) + "): " + FreeTypeReason(error));
     }
-    if (const FT_Error error = FT_Set_Pixel_Sizes(face_, 0, static_cast<FT_UInt>(pixelSize))) {
+    if (const FT_Error error = FT_Set_Pixel_Sizes(face_, 0, static_cast<FT_UInt>(sizedAt_))) {
       FT_Done_Face(face_);
       face_ = nullptr;
       throw EnvironmentError("cannot size font file \"" + file.path + "\" at " +
-                             std::to_string(pixelSize) + " pixels: " + FreeTypeReason(error));
+                             std::to_string(sizedAt_) + " pixels: " + FreeTypeReason(error));
     }
     latinAdvances_.fill(-1);
     ReadMetrics(pixelSize);
@@ -160,28 +123,29 @@ class SizedFace {
   void ReadMetrics(int64_t pixelSize) {
     const double units = face_->units_per_EM;
     const auto* os2 = static_cast<const TT_OS2*>(FT_Get_Sfnt_Table(face_, FT_SFNT_OS2));
-    int32_t ascent = 0;
-    int32_t descent = 0;
+    const double size = static_cast<double>(pixelSize);
+    int64_t ascent = 0;
+    int64_t descent = 0;
     if (os2 != nullptr && os2->version != 0xFFFF && units > 0) {
-      ascent = RoundToPixels(os2->usWinAscent * pixelSize / units);
-      descent = RoundToPixels(os2->usWinDescent * pixelSize / units);
+      ascent = RoundToPixels(os2->usWinAscent * size / units);
+      descent = RoundToPixels(os2->usWinDescent * size / units);
     } else {
-      ascent = RoundToPixels(face_->size->metrics.ascender / 64.0);
-      descent = RoundToPixels(-face_->size->metrics.descender / 64.0);
+      ascent = RoundToPixels(face_->size->metrics.ascender / 64.0 * scale_);
+      descent = RoundToPixels(-face_->size->metrics.descender / 64.0 * scale_);
     }
-    metrics_.height = ascent + descent;
-    metrics_.descent = descent;
+    metrics_.height = SaturateToInt32(ascent + descent);
+    metrics_.descent = SaturateToInt32(descent);
     if (os2 != nullptr && os2->version != 0xFFFF && os2->xAvgCharWidth > 0 && units > 0) {
-      metrics_.averageCharWidth =
-          RoundToPixels(os2->xAvgCharWidth * pixelSize / units) + (file_.embolden ? 1 : 0);
+      metrics_.averageCharWidth = SaturateToInt32(RoundToPixels(os2->xAvgCharWidth * size / units) +
+                                                  (file_.embolden ? 1 : 0));
     } else {
-      metrics_.averageCharWidth = Advance(U'x');
+      metrics_.averageCharWidth = SaturateToInt32(Advance(U'x'));
     }
     const char* format = FT_Get_Font_Format(face_);
     metrics_.trueType = format != nullptr && std::strcmp(format, "TrueType") == 0;
   }
 
-  int32_t Advance(char32_t cp) {
+  int64_t Advance(char32_t cp) {
     if (cp < latinAdvances_.size() && latinAdvances_[cp] >= 0) {
       return latinAdvances_[cp];
     }
@@ -189,10 +153,13 @@ class SizedFace {
       return known->second;
     }
     const FT_UInt glyph = FT_Get_Char_Index(face_, cp);  // 0, the missing glyph, when absent
-    int32_t advance = 0;
+    int64_t advance = 0;
     if (FT_Load_Glyph(face_, glyph, FT_LOAD_DEFAULT) == 0) {
       // Hinted advances are whole pixels already; round in case a driver left a fraction.
-      advance = static_cast<int32_t>((face_->glyph->advance.x + 32) >> 6);
+      advance = (face_->glyph->advance.x + 32) >> 6;
+      if (scale_ != 1.0) {
+        advance = RoundToPixels(static_cast<double>(advance) * scale_);
+      }
     }
     // A simulated bold face is one pixel wider per character.
     advance += file_.embolden ? 1 : 0;
@@ -205,10 +172,12 @@ class SizedFace {
   }
 
   FontFile file_;
+  int64_t sizedAt_;  // the size FreeType measures at
+  double scale_;     // from that size to the font's own
   FT_Face face_ = nullptr;
   TextMetrics metrics_;
-  std::array<int32_t, 256> latinAdvances_{};
-  std::unordered_map<char32_t, int32_t> otherAdvances_;
+  std::array<int64_t, 256> latinAdvances_{};
+  std::unordered_map<char32_t, int64_t> otherAdvances_;
 };
 
 }  // namespace text_detail
@@ -227,16 +196,11 @@ int FontconfigWeight(int32_t weight) {
   return FcWeightFromOpenType(weight <= 0 ? 400 : std::min(weight, 1000));
 }
 
-}  // namespace
-
-FontFile ResolveFontFile(const LogFont& font) {
-  EnsureFontconfig();
-  std::string face = text_detail::FaceName(font);
-  if (face.empty()) {
-    face = "sans-serif";
-  }
+// fontconfig's best font for a family at the font's weight and slant: one of that family when
+// one is installed, else whatever fontconfig offers in its place (null only without fonts).
+FcPattern* MatchFamily(const std::string& family, const LogFont& font) {
   FcPattern* pattern = FcPatternCreate();
-  FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(face.c_str()));
+  FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(family.c_str()));
   FcPatternAddInteger(pattern, FC_WEIGHT, FontconfigWeight(font.lfWeight));
   FcPatternAddInteger(pattern, FC_SLANT, font.lfItalic != 0 ? FC_SLANT_ITALIC : FC_SLANT_ROMAN);
   FcPatternAddBool(pattern, FC_SCALABLE, FcTrue);
@@ -245,6 +209,33 @@ FontFile ResolveFontFile(const LogFont& font) {
   FcResult result = FcResultNoMatch;
   FcPattern* match = FcFontMatch(nullptr, pattern, &result);
   FcPatternDestroy(pattern);
+  return match;
+}
+
+bool IsOfFamily(FcPattern* match, const std::string& family) {
+  FcChar8* name = nullptr;
+  for (int i = 0; FcPatternGetString(match, FC_FAMILY, i, &name) == FcResultMatch; ++i) {
+    if (FcStrCmpIgnoreCase(name, reinterpret_cast<const FcChar8*>(family.c_str())) == 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+FontFile ResolveFontFile(const LogFont& font) {
+  EnsureFontconfig();
+  const std::string face = text_detail::FaceName(font);
+  std::string family(text_detail::SubstituteFace(face));
+  FcPattern* match = family.empty() ? nullptr : MatchFamily(family, font);
+  if (match == nullptr || !IsOfFamily(match, family)) {
+    if (match != nullptr) {
+      FcPatternDestroy(match);
+    }
+    family = text_detail::kFallbackFamily;
+    match = MatchFamily(family, font);
+  }
 
   FcChar8* path = nullptr;
   if (match == nullptr || FcPatternGetString(match, FC_FILE, 0, &path) != FcResultMatch) {

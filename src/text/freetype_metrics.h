@@ -20,8 +20,9 @@ struct FontFile {
   bool embolden = false;  // the face is lighter than asked for: bold is simulated
 };
 
-// The file fontconfig picks for the font's face name, weight and italic flag ("Arial" finds a
-// metric-compatible face where one is installed; an unknown face gets the default sans face).
+// The file fontconfig picks for the font's weight and italic flag in the family that stands in
+// for its face name (text/face_substitution.h: "Tahoma" measures in Liberation Sans, and so does
+// a face that no installed font has).
 FontFile ResolveFontFile(const LogFont& font);
 
 class FreeTypeFontMetrics final : public FontMetricsSource {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "kalmor/host_text.h"
 #include "kalmor/user_interface.h"
 #include "text/font_metrics.h"
 #include "text/saturate.h"
@@ -52,7 +53,7 @@ TextExtent CheckedTextExtent(FontMetricsSource& source, const LogFont& font,
     return extent;
   }
   std::string message(kUnrealisticExtentText);
-  message += line;
+  message += Utf8FromHostText(line);  // messages are UTF-8, as the names in the others are
   UserInterface& ui = CurrentUserInterface();
   ui.AppendToSessionLog(message);  // dropped when no log is open
   if (!g_unrealisticExtentShown) {
@@ -71,6 +72,7 @@ LogFont NormaliseTextFont(const LogFont& font) {
   normal.lfOutPrecision = kOutPrecisionTrueTypeOnly;
   normal.lfClipPrecision = kClipPrecisionStroke;
   normal.lfQuality = kQualityDraft;
+  normal.lfHeight = font.HeightOrDefault();
   if (normal.lfHeight > 0) {
     normal.lfHeight = -normal.lfHeight;
   }

@@ -55,7 +55,8 @@ class CVelText {
 };
 
 // The escapement moves to the shape's angle; the record asks for a TrueType outline at draft
-// quality with stroke clipping, and a positive (cell) height becomes the negative character height.
+// quality with stroke clipping, a height of 0 becomes the default height, and a positive (cell)
+// height becomes the negative character height.
 LogFont NormaliseTextFont(const LogFont& font);
 
 }  // namespace kalmor

@@ -46,6 +46,15 @@ TEST(TextRecords, TextAtHostAnchorFollowsRotation) {
     EXPECT_EQ(GroupValues(out.bytes(), " 20"), c.y) << "rotation " << c.rotation;
     EXPECT_EQ(GroupValues(out.bytes(), " 50"), c.angle) << "rotation " << c.rotation;
   }
+
+  // A font height of 0 asks for the default height.
+  MemorySink zero, nine;
+  for (MemorySink* out : {&zero, &nine}) {
+    const LogFont font = Font(out == &zero ? 0 : -9);
+    DxfText(*out, "PARTTEXT", "U1", font, 0, 0.01, 100, 200);
+    DxfTextBox(*out, "PARTTEXT", "A\nB", font, 0, 0.01, 100, 300, 400, 1000);
+  }
+  EXPECT_EQ(zero.bytes(), nine.bytes());
 }
 
 TEST(TextRecords, SingleLineValuesStopAtTheFirstBreakAndAt250) {
@@ -59,6 +68,9 @@ TEST(TextRecords, SingleLineValuesStopAtTheFirstBreakAndAt250) {
       {"A\rB", "A|"},
       {"\nB", "|"},
       {std::string(249, 'y') + "z\nB", std::string(249, 'y') + "z|"},
+      // An escape that would not fit whole is left out.
+      {std::string(243, 'y') + "\\U+03A9z", std::string(243, 'y') + "\\U+03A9|"},
+      {std::string(244, 'y') + "\\U+03A9", std::string(244, 'y') + "|"},
   };
   for (const auto& c : cases) {
     MemorySink text;
@@ -123,6 +135,7 @@ TEST(TextRecords, BoxLineValues) {
       {"A\r\nB", "A| |B|"},  // CR LF is two breaks, the empty line is a blank
       {"A\n\n", "A| | |"},
       {"\n" + longLine, " |" + longLine.substr(0, 250) + "|"},
+      {longLine.substr(0, 240) + "\\U+D83D\\U+DE00", longLine.substr(0, 240) + "|"},
   };
   for (const auto& c : cases) {
     MemorySink out;
@@ -151,6 +164,10 @@ TEST(TextRecords, OverlineNotation) {
       {"A\\B\\CD\\", "%%oAB%%oC%%oD%%o", 4},
       {"A\\\\B", "%%oA%%o%%o\\%%oB", 2},
       {"EN\\", "E%%oN%%o", 2},
+      // An escape is one character, and its backslash no mark.
+      {"A\\U+03A9", "A\\U+03A9", 2},
+      {"\\U+03A9\\", "%%o\\U+03A9%%o", 1},
+      {"A\\\\U+D83D\\U+DE00\\", "%%oA\\U+D83D\\U+DE00%%o", 2},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(OverlineToDxf(c.text), c.dxf) << c.text;

@@ -220,15 +220,6 @@ class KiCadDemos(unittest.TestCase):
                     expected, polylines = kicad.expectations(tree, uuid_path, legacy_path)
                     found, found_polylines = read_page(page)
                     self.assertEqual(found_polylines, polylines, page.name)
-                    # Until texts are handed over in the drawing's code page, readers take
-                    # UTF-8 bytes for Windows-1252 ones; either reading counts.
-                    for (layer, text), n in list(found.items()):
-                        try:
-                            read = text.encode("cp1252").decode("utf-8")
-                        except UnicodeError:
-                            continue
-                        if read != text:
-                            found[(layer, read)] += n
                     missing = expected - found
                     self.assertFalse(missing, f"{page.name}: not found: {dict(missing)}")
                     wire_texts = {k: n for k, n in found.items() if k[0] == "WIRETEXT"}

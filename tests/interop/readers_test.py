@@ -12,12 +12,21 @@ the proportions of the page, that is of its frame as ezdxf reads it.
 
 Deliberately broken copies of a good file (a SOLID without its fourth corner, a POLYLINE without
 its SEQEND, a stray line far off the page, no entities) must make these checks fail.
+
+The texts of examples/texts.json (µ, Ω, ±, °, é, ß, €, CJK characters, emoji) must come back from
+both readers exactly as the document writes them. The file names no code page, so it is read in
+Windows-1252, and characters beyond it are \\U+XXXX escapes of UTF-16 units. ezdxf decodes them
+when it reads a file through its recover module; GDAL 3.6 reads a file without a code page as
+ISO-8859-1 unless told the code page (DXF_ENCODING), and hands the escapes of TEXT entities to
+the application (it decodes them in MTEXT only), so here they are decoded as a DXF reader does.
+A surrogate pair comes back as two units, which a UTF-16 reader shows as one character.
 """
 
 import collections
 import json
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -25,6 +34,7 @@ import unittest
 
 import ezdxf
 import ezdxf.bbox
+import ezdxf.recover
 import matplotlib
 from PIL import Image
 
@@ -227,6 +237,51 @@ def gdal_counts(path):
     return counts
 
 
+# ---------------------------------------------------------------------------------------------
+# Texts, as written in the document and as the readers give them back.
+
+
+def document_texts(node):
+    """Texts a page shows as the document writes them: property values, pin numbers, pin names
+    (without their bar marks), net names, and each line of a comment text."""
+    if isinstance(node, list):
+        for item in node:
+            yield from document_texts(item)
+    elif isinstance(node, dict):
+        for key, value in node.items():
+            if key in ("value", "number") and isinstance(value, str):
+                yield value
+            elif key == "text" and isinstance(value, str):
+                yield from value.replace("\r", "\n").split("\n")
+            elif key == "name" and "start" in node:
+                yield value.replace("\\", "")  # a pin's
+            elif key == "aliases":
+                yield from (alias["name"] for alias in value)
+            else:
+                yield from document_texts(value)
+
+
+def joined(units):
+    """The characters of text given as UTF-16 units (a surrogate pair is one character)."""
+    return units.encode("utf-16-le", "surrogatepass").decode("utf-16-le")
+
+
+def ezdxf_texts(path):
+    doc, _ = ezdxf.recover.readfile(path)
+    return [joined(e.dxf.text) for e in doc.modelspace() if e.dxftype() == "TEXT"]
+
+
+def gdal_texts(path):
+    result = subprocess.run(["ogrinfo", "--config", "DXF_ENCODING", "CP1252", "-ro", "-q", "-al",
+                             str(path)], capture_output=True, text=True, check=True)
+    prefix = "Text (String) = "
+    values = [line.strip()[len(prefix):] for line in result.stdout.splitlines()
+              if line.strip().startswith(prefix)]
+    unescaped = [re.sub(r"\\U\+([0-9A-Fa-f]{4})", lambda m: chr(int(m.group(1), 16)), value)
+                 for value in values if value != "(null)"]
+    return [joined(value) for value in unescaped]
+
+
 def check_file(path, expected):
     doc, found = ezdxf_counts(path)
     if found != expected:
@@ -325,6 +380,22 @@ class Readers(unittest.TestCase):
                     png = PICTURES / (path.stem + ".png")
                     draw(doc, png)
                     self.assertGreater(png.stat().st_size, 0)
+
+    def test_texts_read_back_as_written(self):
+        design = SOURCE / "examples" / "texts.json"
+        document = json.loads(design.read_text())
+        (page, path), = page_files(export(design, self.folder), document)
+        written = set(document_texts(document))
+        samples = "µΩ±°éß€中😀"
+        expected = {text for text in written if any(c in text for c in samples)}
+        self.assertTrue(all(any(c in text for text in expected) for c in samples))
+        for reader, read in (("ezdxf", ezdxf_texts), ("GDAL", gdal_texts)):
+            with self.subTest(reader=reader):
+                found = read(path)
+                self.assertEqual(expected - set(found), set())
+                # No text comes back changed: each one beyond ASCII is one of the document's.
+                shown = {re.sub("%%[oO]", "", text) for text in found}
+                self.assertEqual({text for text in shown if not text.isascii()} - written, set())
 
     def test_librecad_draws_every_page_in_its_proportions(self):
         designs = sorted((SOURCE / "examples").glob("*.json"))

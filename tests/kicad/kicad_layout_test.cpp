@@ -190,7 +190,7 @@ TEST(TextMarkup, ShowsMarkupAsPlainTextOrPinBars) {
       {"~", ""},
       {"EN~{A}", "ENA\\"},
       {"PA0", "PA0"},
-      {"~{µ}", "µ"},
+      {"~{µΩ}", "µ\\Ω\\"},
   };
   for (const auto& [text, shown] : pins) {
     EXPECT_EQ(detail::PinNameText(text), shown) << text;

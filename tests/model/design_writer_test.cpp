@@ -36,17 +36,20 @@ TEST(DesignWriter, KiCadDesignRoundTrips) {
   ExpectRoundTrip(*read.design);
 }
 
-TEST(DesignWriter, QuotesTextsAsJsonAndKeepsOtherBytes) {
-  const auto design = model::ReadDesignDocument(R"({"kalmor_design": 1, "name": "q\"\\\n\u0001)"
-                                                "\xB5"
-                                                R"(", "schematics": []})",
-                                                "q.json");
+TEST(DesignWriter, WritesTextsInUtf8AndNamesAsTheyAre) {
+  const auto design = model::ReadDesignDocument(
+      R"({"kalmor_design": 1, "name": "q\"\\\n\u0001)"
+      "\xB5"
+      R"(", "schematics": [{"name": "S", "pages": [{"name": "P", "wires": [{"start": [0, 0],
+          "end": [1, 0], "aliases": [{"name": "100µF Ω 😀", "location": [0, 0]}]}]}]}]})",
+      "q.json");
   const std::string document = model::WriteDesignDocument(*design);
   EXPECT_NE(document.find(R"("name": "q\"\\\n\u0001)"
                           "\xB5"
                           "\""),
             std::string::npos)
       << document;
+  EXPECT_NE(document.find(R"("name": "100µF Ω 😀")"), std::string::npos) << document;
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ TEST(PartInstances, QuarterTurnPlacesTextAndBodyInTheExchangedBox) {
   EXPECT_EQ(PartRecords(R"("height": 50000, "parts": [{"id": "R1", "location": [1000, 2000],
                 "rotation": 1, "symbol": {"vectors": [{"type": "box", "rect": [0, 0, 40, 100]}]},
                 "properties": [{"name": "Ref", "value": "R1", "font": {"height": 0}}]}])"),
-            (Lines{"TEXT PARTTEXT 10=10.0000 20=29.9700 40=0.0000 1=R1",
+            (Lines{"TEXT PARTTEXT 10=10.0000 20=29.9186 40=0.0514 1=R1",
                    "POLYLINE PARTS 66=1 70=1 10=0.0 20=0.0", "VERTEX PARTS 10=10.0000 20=29.6000",
                    "VERTEX PARTS 10=10.0000 20=30.0000", "VERTEX PARTS 10=11.0000 20=30.0000",
                    "VERTEX PARTS 10=11.0000 20=29.6000", "SEQEND PARTS"}));
@@ -33,7 +33,7 @@ TEST(PartInstances, QuarterTurnPlacesTextAndBodyInTheExchangedBox) {
 
 TEST(PartInstances, PropertyTextIsAnchoredPerRotationAndFormatted) {
   // Reference corner (100, 500); every property 40 by 10, located at (5, 3). A zero font height
-  // leaves only the writer's 0.03 gap between anchor and text.
+  // is the default height, -9: texts 0.0514 high, their base line 0.0814 from the anchor.
   std::string props = "[";
   for (const char* own : {R"("rotation": 0, "value": "x")", R"("rotation": 1, "value": "x")",
                           R"("rotation": 2, "value": "x")", R"("rotation": 3, "value": "x")",
@@ -46,12 +46,12 @@ TEST(PartInstances, PropertyTextIsAnchoredPerRotationAndFormatted) {
   EXPECT_EQ(PartRecords(R"("parts": [{"id": "U1", "location": [100, 350],
                 "symbol": {"bbox": [0, 0, 10, 10], "vectors": []}, "properties": )" +
                         props + "}]"),
-            (Lines{"TEXT PARTTEXT 10=1.0500 20=4.9400 40=0.0000 1=x",
-                   "TEXT PARTTEXT 10=1.0800 20=4.8700 40=0.0000 50=90.0000 1=x",
-                   "TEXT PARTTEXT 10=1.4500 20=4.9000 40=0.0000 50=180.0000 1=x",
-                   "TEXT PARTTEXT 10=1.4200 20=4.9700 40=0.0000 50=270.0000 1=x",
-                   "TEXT PARTTEXT 10=1.0500 20=4.9400 40=0.0000 1=V = ",
-                   "TEXT PARTTEXT 10=1.0500 20=4.9400 40=0.0000 1="}));
+            (Lines{"TEXT PARTTEXT 10=1.0500 20=4.8886 40=0.0514 1=x",
+                   "TEXT PARTTEXT 10=1.1314 20=4.8700 40=0.0514 50=90.0000 1=x",
+                   "TEXT PARTTEXT 10=1.4500 20=4.9514 40=0.0514 50=180.0000 1=x",
+                   "TEXT PARTTEXT 10=1.3686 20=4.9700 40=0.0514 50=270.0000 1=x",
+                   "TEXT PARTTEXT 10=1.0500 20=4.8886 40=0.0514 1=V = ",
+                   "TEXT PARTTEXT 10=1.0500 20=4.8886 40=0.0514 1="}));
 }
 
 TEST(PartInstances, BlockWritesTextThenOutlineThenPinsThenBody) {
@@ -61,7 +61,7 @@ TEST(PartInstances, BlockWritesTextThenOutlineThenPinsThenBody) {
                      "vectors": [{"type": "line", "start": [0, 0], "end": [10, 0]}]},
           "properties": [{"name": "Ref", "value": "B1", "font": {"height": 0}}],
           "pins": [{"start": [200, 320], "end": [190, 320], "block_kind": 1}]}])"),
-            (Lines{"TEXT PARTTEXT 10=2.0000 20=5.4700 40=0.0000 1=B1",
+            (Lines{"TEXT PARTTEXT 10=2.0000 20=5.4186 40=0.0514 1=B1",
                    "POLYLINE PARTS 66=1 70=1 10=0.0 20=0.0", "VERTEX PARTS 10=2.0000 20=5.5000",
                    "VERTEX PARTS 10=3.0000 20=5.5000", "VERTEX PARTS 10=3.0000 20=5.0000",
                    "VERTEX PARTS 10=2.0000 20=5.0000", "SEQEND PARTS",

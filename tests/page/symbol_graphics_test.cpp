@@ -81,6 +81,13 @@ TEST_F(SymbolGraphics, DrawsEachKindAtTheUnturnedPlacement) {
            {"type": "polyline", "points": [[0, 0], [10, 0]], "width": 3},
            {"type": "arc", "rect": [0, 0, 20, 20], "start": [20, 10], "end": [10, 0]}]})",
        {kOpen, Vertex("10=1.0500 20=1.9500"), Vertex("10=1.1500 20=1.9500"), kEnd}},
+      // By type code alone: drawn from the host's zero answers, and so at the origin.
+      {R"({"type": 40})",
+       {kClosed, Vertex("10=1.0000 20=2.0000"), Vertex("10=1.0000 20=2.0000"),
+        Vertex("10=1.0000 20=2.0000"), Vertex("10=1.0000 20=2.0000"), kEnd}},
+      {R"({"type": 44})", {kClosed, kEnd}},
+      {R"({"type": 45})", {kOpen, kEnd}},
+      {R"({"type": 48})", {}},
       {R"({"type": 99})", {}},
   };
   for (const KindCase& c : cases) {
@@ -130,6 +137,12 @@ TEST_F(SymbolGraphics, CommentTextGoesToPartTextLaidOutInItsMeasuredBox) {
   EXPECT_EQ(Render(R"({"type": "text", "rect": [10, 20, 60, 60], "text": "A\rB"})"),
             (Lines{"TEXT PARTTEXT 10=1.1000 20=1.7186 40=0.0514 1=A",
                    "TEXT PARTTEXT 10=1.1000 20=1.6086 40=0.0514 1=B"}));
+  // A height of 0 is the default height, scaled with the symbol.
+  const auto text = [](int height) {
+    return R"({"type": "text", "rect": [10, 20, 60, 60], "text": "A", "font": {"height": )" +
+           std::to_string(height) + "}}";
+  };
+  EXPECT_EQ(Render(text(0), 0, 0, 2.0), Render(text(-9), 0, 0, 2.0));
 }
 
 }  // namespace

@@ -60,6 +60,7 @@ TEST(Wires, AliasIsNudgedAndTurnedByItsRotation) {
       {3, 12, "  1.0300", "  6.5000", "  0.0685", "270.0000"},
       {7, -12, "  1.0000", "  6.5300", "  0.0685", ""},
       {0, 175, "  1.0000", "  6.5300", "  0.8415", ""},
+      {0, 0, "  1.0000", "  6.5300", "  0.0514", ""},  // 0 is the default height, -9
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(::testing::Message() << "rotation " << c.rotation << ", font " << c.fontHeight);

@@ -42,8 +42,13 @@ def point(groups, x_code):
 
 
 def shown_text(raw):
-    """What a TEXT value shows: UTF-8 with replacements, any run of them as one."""
-    value = raw.encode("latin-1").decode("utf-8", errors="replace")
+    """What a TEXT value shows: Windows-1252 (its five unused bytes as the control characters of
+    the same number), \\U+XXXX escapes as their UTF-16 units, a lone surrogate and what XML cannot
+    hold as replacements, any run of them as one."""
+    value = "".join(bytes([b]).decode("cp1252", errors="ignore") or chr(b)
+                    for b in raw.encode("latin-1"))
+    value = re.sub(r"\\U\+([0-9A-Fa-f]{4})", lambda m: chr(int(m.group(1), 16)), value)
+    value = value.encode("utf-16-le", "surrogatepass").decode("utf-16-le", errors="replace")
     return re.sub("\ufffd+", "\ufffd", re.sub(r"[\x00-\x08\x0a-\x1f\ufffe\uffff]", "\ufffd", value))
 
 

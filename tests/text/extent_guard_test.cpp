@@ -40,7 +40,8 @@ TEST(TextExtentGuard, ImpossibleExtentsBecomeThreeByThreeAndAreReportedOnce) {
   fixed.extents = {{"wide", {32768, 12}},
                    {"tall", {7, -32768}},
                    {"edge", {32767, 32767}},
-                   {"min", {INT32_MIN, 0}}};
+                   {"min", {INT32_MIN, 0}},
+                   {"\xB5\\U+03A9", {40000, 12}}};
   ScopedFontMetrics metrics(fixed);
   RecordingUserInterface ui;
   ScopedUserInterface scope(ui);
@@ -54,7 +55,8 @@ TEST(TextExtentGuard, ImpossibleExtentsBecomeThreeByThreeAndAreReportedOnce) {
   ui.logOpen = true;
   EXPECT_EQ(Measure("ab\rtall"), (CRect{0, 0, 14, 22})) << "the other line is wider";
   EXPECT_EQ(Measure("min"), (CRect{0, 0, 4, 10}));
-  EXPECT_EQ(ui.log, (std::vector<std::string>{kError + "tall", kError + "min"}));
+  Measure("\xB5\\U+03A9");
+  EXPECT_EQ(ui.log, (std::vector<std::string>{kError + "tall", kError + "min", kError + "µΩ"}));
   EXPECT_EQ(ui.boxes.size(), 1u) << "the box is shown once per process";
 }
 

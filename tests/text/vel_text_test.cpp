@@ -103,6 +103,8 @@ TEST(TextMeasure, MetricsFallbackAndTrueTypeFlag) {
   const CVelText shape = Shape("a\rb", Font(9));
   EXPECT_EQ(shape.GetBoundingRect(), (CRect{0, 0, 8, 18}));
   EXPECT_EQ(shape.TrueTypeFlag(), 0);
+  EXPECT_EQ(Shape("a\rb", Font(0)).GetBoundingRect(), (CRect{0, 0, 8, 18}))
+      << "a height of 0 is the default height, 9";
 }
 
 }  // namespace
