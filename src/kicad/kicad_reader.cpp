@@ -320,7 +320,17 @@ bool IsKiCadSchematic(std::string_view text) {
 }
 
 FileSource DiskFiles() {
+  namespace fs = std::filesystem;
   return [](const std::string& path, std::string& text, std::string& error) {
+    // Only regular files, and not beyond 2 GiB: a sheet named after a device such as /dev/zero
+    // would never end.
+    constexpr std::size_t kLargestFile = std::size_t{2} << 30;
+    std::error_code unknown;
+    const fs::file_status status = fs::status(path, unknown);
+    if (!unknown && fs::exists(status) && !fs::is_regular_file(status)) {
+      error = path + ": not a regular file";
+      return false;
+    }
     std::FILE* file = std::fopen(path.c_str(), "rb");
     if (file == nullptr) {
       error = path + ": " + std::strerror(errno);
@@ -330,6 +340,11 @@ FileSource DiskFiles() {
     char buffer[1 << 16];
     while (const std::size_t read = std::fread(buffer, 1, sizeof buffer, file)) {
       text.append(buffer, read);
+      if (text.size() > kLargestFile) {
+        std::fclose(file);
+        error = path + ": larger than 2 GiB";
+        return false;
+      }
     }
     const bool failed = std::ferror(file) != 0;
     const int code = errno;

@@ -259,6 +259,15 @@ TEST(KiCadReader, RefusesBadFilesSayingWhereAndWhat) {
   }
 }
 
+TEST(KiCadReader, ReadsOnlyRegularFilesFromDisk) {
+  try {
+    ReadKiCadSchematic(WithSheet("/dev/zero"), "d/t.kicad_sch", DiskFiles());
+    ADD_FAILURE() << "a device was read as a sheet";
+  } catch (const KiCadError& error) {
+    EXPECT_THAT(error.what(), HasSubstr("/dev/zero: not a regular file"));
+  }
+}
+
 TEST(KiCadReader, ReadsNewerVersionsWithOneWarningAndFindsSheetsBesideTheRoot) {
   const std::string sub =
       "(kicad_sch (version 20991231) (future_token (nested 1)) (wire (pts "
