@@ -1,12 +1,14 @@
 #pragma once
 
 // The host's design database as the export sees it: abstract classes that an adapter for a
-// schematic-capture application implements (the in-memory database of model/ is one such
-// adapter). The export reads a design through these operations and nothing else.
+// schematic-capture application implements. The export reads a design through these operations
+// and nothing else.
 //
 // Conventions of the whole interface:
 // - every operation takes the caller's status object by reference, last; the host reports a
 //   failure there, and the export mostly learns of failures only through null results;
+// - no operation throws: whatever could fail, such as measuring a display property's text for
+//   its bounding box (MeasureDisplayPropText), the host does before it hands the design over;
 // - objects returned by pointer are owned by the host and live as long as the design;
 // - iterators are owned by whoever creates them; a Next operation returns null (or false) at
 //   the end.

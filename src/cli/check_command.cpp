@@ -7,6 +7,7 @@
 #include "cli/export_plan.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
+#include "cli/unusable_names.h"
 #include "export/output_names.h"
 
 namespace kalmor::cli {
@@ -67,6 +68,8 @@ std::string DefaultStem(const std::string& designPath) {
 }  // namespace
 
 int RunCheck(const std::string& designPath) {
+  TerminalUserInterface ui;  // before loading, as for export
+  const ScopedUserInterface scoped(ui);
   const LoadedDesign loaded(designPath);
   const DboDesign& design = loaded.design();
   DboState state;

@@ -8,11 +8,14 @@
 
 namespace kalmor::cli {
 
+// The README's table of exit statuses; the library's errors map to them by kind.
 enum ExitStatus : int {
   kDone = 0,
-  kInvalidInput = 1,  // an invalid design document, KiCad schematic or DXF file, or refused names
+  kInvalidInput = 1,  // an invalid design, KiCad schematic or DXF file, or refused names
+                      // (DocumentError)
   kUsage = 2,
-  kCannotWrite = 3,
+  kCannotWrite = 3,    // an output file (FileError)
+  kCannotRunHere = 4,  // the environment lacks something, such as a font (EnvironmentError)
 };
 
 // A command line that parses but asks for something the design does not have.

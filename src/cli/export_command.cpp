@@ -9,6 +9,7 @@
 #include "cli/interruption.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
+#include "cli/unusable_names.h"
 #include "export/output_names.h"
 #include "kalmor/export.h"
 
@@ -32,6 +33,9 @@ std::string OutputPath(const ExportOptions& options) {
 }  // namespace
 
 int RunExport(const ExportOptions& options) {
+  // Installed first: loading measures the design's texts, which may have something to report.
+  TerminalUserInterface ui;
+  const ScopedUserInterface scoped(ui);
   const LoadedDesign loaded(options.design);
   const std::string outputPath = OutputPath(options);
   const std::string stem = MakeOutputStem(outputPath);
@@ -70,12 +74,10 @@ int RunExport(const ExportOptions& options) {
     RefuseSameFile(GalleryPathFor(stem), loaded.identity(), options.design);
   }
 
-  TerminalUserInterface ui;
   DboState state;
   std::string designName;
   loaded.design().GetName(designName, state);
   ui.ShortenInMessages(designName);
-  const ScopedUserInterface scoped(ui);
   const OutputTracking tracking;
   DesignToDXF(&loaded.design(), outputPath, 0, options.noFrame ? 0 : 1,
               options.noTitleBlocks ? 0 : 1);

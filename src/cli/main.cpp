@@ -10,7 +10,7 @@
 #include "cli/interruption.h"
 #include "cli/process_setup.h"
 #include "cli/terminal_ui.h"
-#include "dxf/output_file.h"
+#include "kalmor/errors.h"
 #include "kalmor/version.h"
 #include "kicad/kicad_reader.h"
 #include "model/design_reader.h"
@@ -25,6 +25,18 @@ constexpr const char* kDesignHelp = "JSON design document or KiCad schematic (.k
 int Fail(int status, const std::string& message) {
   std::cerr << "kalmor: " << Printable(message) << std::endl;
   return status;
+}
+
+int StatusOf(kalmor::ErrorKind kind) {
+  switch (kind) {
+    case kalmor::ErrorKind::kDocument:
+      return kInvalidInput;
+    case kalmor::ErrorKind::kOutputFile:
+      return kCannotWrite;
+    case kalmor::ErrorKind::kEnvironment:
+      return kCannotRunHere;
+  }
+  return kInvalidInput;
 }
 
 int Run(int argc, char** argv) {
@@ -114,6 +126,8 @@ int Run(int argc, char** argv) {
     // Built from its parts, which keep their lengths: the path may hold any byte.
     return Fail(kCannotWrite, "cannot write " + Shortened(error.path(), kLongestPathShown) + ": " +
                                   error.reason());
+  } catch (const kalmor::Error& error) {
+    return Fail(StatusOf(error.kind()), error.what());
   }
 }
 

@@ -69,16 +69,16 @@ const DboInstOccurrence* FindOccurrence(const LoadedDesign& loaded, const std::s
 }  // namespace
 
 int RunPage(const PageOptions& options) {
+  TerminalUserInterface ui;  // before loading, as for export
+  const ScopedUserInterface scoped(ui);
   const LoadedDesign loaded(options.design);
   const DboSchematic& schematic = FindSchematic(loaded.design(), options.schematic);
   const DboPage& page = FindPage(schematic, options.page);
   const DboInstOccurrence* occurrence =
       options.occurrence.empty() ? nullptr : FindOccurrence(loaded, options.occurrence, schematic);
 
-  TerminalUserInterface ui;
   ui.ShortenInMessages(options.page);
   ui.RefuseInput(loaded.identity(), options.design);
-  const ScopedUserInterface scoped(ui);
   const OutputTracking tracking;
   if (!options.output.empty()) {
     RefuseSameFile(options.output, loaded.identity(), options.design);

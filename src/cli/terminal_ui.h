@@ -9,7 +9,7 @@
 #include <string>
 
 #include "cli/files.h"
-#include "export/output_names.h"
+#include "cli/unusable_names.h"
 #include "kalmor/user_interface.h"
 
 namespace kalmor::cli {

@@ -12,6 +12,7 @@
 #include "dxf/output_file.h"
 #include "dxf/skeleton.h"
 #include "export/output_names.h"
+#include "page/page_fonts.h"
 #include "page/page_walk.h"
 
 namespace kalmor {
@@ -202,6 +203,16 @@ void DesignToDXF(const DboDesign* design, std::string path, int32_t /*unused*/, 
   if (design == nullptr) {
     return;
   }
+  // Every font the design's pages need is loaded before the first file is opened, so that a
+  // missing one stops the export before it has written or changed anything.
+  {
+    PageFonts fonts;
+    DboState fontState;
+    VisitDesignPages(*design, fontState,
+                     [&](const DboPage& page, const DboInstOccurrence*, const std::string&) {
+                       fonts.Prepare(page, titleBlocks);
+                     });
+  }
   g_inDesignExport = 1;
   const std::string outputStem = MakeOutputStem(path);
   DboState state;
@@ -266,6 +277,7 @@ void PageToDXF(const DboPage* page, const DboInstOccurrence* occurrence, std::st
   }
 
   RefuseNul(target);
+  PageFonts().Prepare(*page, titleBlocks);
   OutputFile file(target);
   WritePage(file, *page, occurrence, frame, titleBlocks);
 

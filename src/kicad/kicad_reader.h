@@ -6,10 +6,11 @@
 
 #include <functional>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "kalmor/errors.h"
 
 namespace kalmor::model {
 class Design;
@@ -18,9 +19,9 @@ class Design;
 namespace kalmor::kicad {
 
 // A file that cannot be read as a KiCad schematic; the message reads FILE:LINE:COL: what.
-class KiCadError : public std::runtime_error {
+class KiCadError : public DocumentError {
  public:
-  using std::runtime_error::runtime_error;
+  using DocumentError::DocumentError;
 };
 
 // True for text that claims to be a KiCad schematic: "(kicad_sch" after optional blanks, or

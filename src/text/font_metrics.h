@@ -28,6 +28,10 @@ class FontMetricsSource {
   // False when the font's metrics cannot be read.
   virtual bool GetTextMetrics(const LogFont& font, TextMetrics& metrics) = 0;
   virtual TextExtent GetTextExtent(const LogFont& font, std::string_view line) = 0;
+  // Finds and loads what measuring in `font` needs, so that a font that cannot be had is known
+  // before anything is written; throws EnvironmentError then. Sources that load nothing need
+  // nothing.
+  virtual void PrepareFont(const LogFont& /*font*/) {}
 };
 
 // The process-wide source (the system's fonts unless something else is installed).

@@ -325,4 +325,8 @@ TextExtent FreeTypeFontMetrics::GetTextExtent(const LogFont& font, std::string_v
   return {text_detail::SaturateToInt32(face->Width(line)), face->Metrics().height};
 }
 
+void FreeTypeFontMetrics::PrepareFont(const LogFont& font) {
+  impl_->Face(font);
+}
+
 }  // namespace kalmor

@@ -41,6 +41,7 @@ class FreeTypeFontMetrics final : public FontMetricsSource {
   // the file and the reason). A font of height 0 has no metrics and measures 0 x 0.
   bool GetTextMetrics(const LogFont& font, TextMetrics& metrics) override;
   TextExtent GetTextExtent(const LogFont& font, std::string_view line) override;
+  void PrepareFont(const LogFont& font) override;
 
  private:
   struct Impl;

@@ -79,6 +79,10 @@ LogFont NormaliseTextFont(const LogFont& font) {
   return normal;
 }
 
+void PrepareTextFont(const LogFont& font) {
+  CurrentFontMetrics().PrepareFont(NormaliseTextFont(font));
+}
+
 CVelText::CVelText(std::string text, CPoint anchor, const LogFont& font, uint32_t style,
                    uint32_t formatFlags)
     : shapeId_(++g_lastShapeId), style_(style), text_(std::move(text)) {

@@ -59,4 +59,8 @@ class CVelText {
 // height becomes the negative character height.
 LogFont NormaliseTextFont(const LogFont& font);
 
+// Loads the font a text shape in `font` would be measured in; throws EnvironmentError when it
+// cannot be found or opened.
+void PrepareTextFont(const LogFont& font);
+
 }  // namespace kalmor

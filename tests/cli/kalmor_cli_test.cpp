@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -171,6 +172,45 @@ TEST_F(KalmorCliTest, UnwritableOutputExitsThreeNamingTheFile) {
       RunKalmor({"page", design, "--schematic", "ROOT", "--page", "PAGE1", "-o", "/dev/full"});
   EXPECT_EQ(full.status, 3);
   EXPECT_EQ(full.err, "kalmor: cannot write /dev/full: No space left on device\n");
+}
+
+// A property's text is measured while the design loads; a symbol's text when its page is
+// written, so its font is looked for before the first page file is opened.
+TEST_F(KalmorCliTest, NoUsableFontExitsFourAndWritesNothing) {
+  const std::string noFonts = Write("no-fonts.conf", "<?xml version=\"1.0\"?><fontconfig/>\n");
+  const std::string property = Write("property.json", R"({ "kalmor_design": 1, "name": "B",
+    "schematics": [ { "name": "S", "pages": [ { "name": "P", "wires": [ { "start": [0, 0],
+      "end": [10, 0], "properties": [ { "name": "Net", "value": "N1" } ] } ] } ] } ] })");
+  const std::string symbol = Write("symbol.json", R"({ "kalmor_design": 1, "name": "B",
+    "symbols": { "T": { "vectors": [ { "type": "text", "rect": [0, 0, 9, 9], "text": "T" } ] } },
+    "schematics": [ { "name": "S", "pages": [ { "name": "PLAIN" },
+      { "name": "P", "parts": [ { "id": "U1", "symbol": "T" } ] } ] } ] })");
+  ASSERT_EQ(::setenv("FONTCONFIG_FILE", noFonts.c_str(), 1), 0);
+  for (const std::string& design : {property, symbol}) {
+    for (const Args& arguments : {Args{"export", design}, Args{"page", design, "--schematic", "S",
+                                                               "--page", "P", "-o", In("p.dxf")}}) {
+      const CommandResult result = RunKalmor(arguments);
+      EXPECT_EQ(result.status, 4) << ::testing::PrintToString(arguments);
+      EXPECT_THAT(result.err, HasSubstr("no font file found"));
+    }
+  }
+  ::unsetenv("FONTCONFIG_FILE");
+  EXPECT_THAT(Files(temp.path()), ElementsAre("no-fonts.conf", "property.json", "symbol.json"));
+}
+
+// Property texts are measured while the design loads; what measuring reports reaches the user.
+TEST_F(KalmorCliTest, ATextTooWideToMeasureIsReportedWhileLoading) {
+  const std::string design =
+      Write("wide.json", R"({ "kalmor_design": 1, "name": "B",
+    "schematics": [ { "name": "S", "pages": [ { "name": "P", "wires": [ { "start": [0, 0],
+      "end": [10, 0], "properties": [ { "name": "N", "value": ")" +
+                             std::string(6000, 'W') + R"(" } ] } ] } ] } ] })");
+  for (const char* command : {"export", "check"}) {
+    const CommandResult result = RunKalmor({command, design});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("KALMOR: Internal Device Error: TextExtent returned "
+                                      "unrealistic values."));
+  }
 }
 
 TEST_F(KalmorCliTest, UnusableNamesAreRefusedUnlessTakenRaw) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -59,6 +60,8 @@ TEST(OutputFile, FailuresNameThePathAndTheReason) {
   } catch (const FileError& e) {
     EXPECT_EQ(e.path(), missing);
     EXPECT_EQ(std::string(e.what()), "cannot write " + missing + ": No such file or directory");
+    EXPECT_EQ(std::make_pair(e.errorNumber(), e.kind()),
+              std::make_pair(ENOENT, ErrorKind::kOutputFile));
   }
   EXPECT_FALSE(std::filesystem::exists(dir / "no such dir"));
 
@@ -70,6 +73,7 @@ TEST(OutputFile, FailuresNameThePathAndTheReason) {
     FAIL() << "closing /dev/full reported nothing";
   } catch (const FileError& e) {
     EXPECT_EQ(std::string(e.what()), "cannot write /dev/full: No space left on device");
+    EXPECT_EQ(e.errorNumber(), ENOSPC);
   }
   EXPECT_FALSE(full.is_open());
   EXPECT_THROW(full.Write("x"), FileError);
@@ -86,6 +90,7 @@ TEST(OutputFile, AFileBeingWrittenIsRefusedAndKept) {
     FAIL() << "a second writer got the file";
   } catch (const FileError& e) {
     EXPECT_EQ(e.reason(), "held by another process");
+    EXPECT_EQ(e.errorNumber(), EWOULDBLOCK);
   }
   EXPECT_EQ(ReadFileBytes(path), "first\r\n");
   first.Close();
