@@ -11,7 +11,8 @@ namespace kalmor::cli {
 // The README's table of exit statuses; the library's errors map to them by kind.
 enum ExitStatus : int {
   kDone = 0,
-  kInvalidInput = 1,  // an invalid design document or DXF file, or refused names (DocumentError)
+  kInvalidInput = 1,  // an invalid design, KiCad schematic or DXF file, or refused names
+                      // (DocumentError)
   kUsage = 2,
   kCannotWrite = 3,    // an output file (FileError)
   kCannotRunHere = 4,  // the environment lacks something, such as a font (EnvironmentError)
@@ -52,6 +53,7 @@ struct PageOptions {
 int RunExport(const ExportOptions& options);
 int RunPage(const PageOptions& options);
 int RunCheck(const std::string& design);
+int RunConvert(const std::string& design, const std::string& output);
 int RunRender(const std::string& input, const std::string& output);
 
 }  // namespace kalmor::cli

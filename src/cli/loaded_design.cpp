@@ -1,5 +1,11 @@
 #include "cli/loaded_design.h"
 
+#include <iostream>
+
+#include "cli/commands.h"
+#include "cli/terminal_ui.h"
+#include "kicad/kicad_reader.h"
+#include "model/design.h"
 #include "model/design_reader.h"
 
 namespace kalmor::cli {
@@ -12,14 +18,46 @@ std::string ReadDocument(const std::string& path, FileIdentity& identity) {
   return file.ReadAll(model::kDocumentPadding);  // so that it is read in place
 }
 
+// The sheet files and the project file of a KiCad design, read within the same bounds as the
+// design's own file.
+kicad::FileSource CommandFiles() {
+  return [](const std::string& path, std::string& text, std::string& error) {
+    try {
+      InputFile file(path);
+      text = file.ReadAll();
+      return true;
+    } catch (const InputError& refusal) {
+      error = refusal.what();
+      return false;
+    }
+  };
+}
+
+// A design document or a KiCad schematic, told apart by their content.
+std::unique_ptr<model::Design> ReadDesign(const std::string& path, FileIdentity& identity) {
+  std::string text = ReadDocument(path, identity);
+  if (!kicad::IsKiCadSchematic(text)) {
+    return model::ReadDesignDocumentInPlace(std::move(text), path);
+  }
+  kicad::KiCadDesign read = kicad::ReadKiCadSchematic(text, path, CommandFiles());
+  for (const std::string& warning : read.warnings) {
+    std::cerr << "kalmor: " << Printable(warning) << "\n";
+  }
+  std::cerr << std::flush;
+  return std::move(read.design);
+}
+
 }  // namespace
 
-LoadedDesign::LoadedDesign(const std::string& path)
-    : design_(model::ReadDesignDocumentInPlace(ReadDocument(path, identity_), path)) {}
+LoadedDesign::LoadedDesign(const std::string& path) : design_(ReadDesign(path, identity_)) {}
 
 LoadedDesign::~LoadedDesign() = default;
 
 const DboDesign& LoadedDesign::design() const {
+  return *design_;
+}
+
+const model::Design& LoadedDesign::model() const {
   return *design_;
 }
 

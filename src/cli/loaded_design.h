@@ -1,6 +1,7 @@
 #pragma once
 
-// A design document loaded into the in-memory host database, as the subcommands use it.
+// A design loaded into the in-memory host database, as the subcommands use it: from a JSON design
+// document or a KiCad schematic, told apart by their content.
 
 #include <memory>
 #include <string>
@@ -14,14 +15,15 @@ namespace kalmor::cli {
 
 class LoadedDesign {
  public:
-  // Throws InputError when the file cannot be read (see InputFile), DesignDocumentError when
-  // the document is invalid.
+  // Throws InputError when the file cannot be read (see InputFile), DesignDocumentError or
+  // KiCadError when the design is invalid; prints the KiCad reader's warnings on standard error.
   explicit LoadedDesign(const std::string& path);
   ~LoadedDesign();
   LoadedDesign(const LoadedDesign&) = delete;
   LoadedDesign& operator=(const LoadedDesign&) = delete;
 
   const DboDesign& design() const;
+  const model::Design& model() const;
   // The design file, which no output may replace.
   const FileIdentity& identity() const { return identity_; }
   // The occurrence at a path such as /BLK1, or null.

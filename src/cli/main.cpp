@@ -12,12 +12,15 @@
 #include "cli/terminal_ui.h"
 #include "kalmor/errors.h"
 #include "kalmor/version.h"
+#include "kicad/kicad_reader.h"
 #include "model/design_reader.h"
 #include "render/svg_render.h"
 
 namespace {
 
 using namespace kalmor::cli;
+
+constexpr const char* kDesignHelp = "JSON design document or KiCad schematic (.kicad_sch)";
 
 int Fail(int status, const std::string& message) {
   std::cerr << "kalmor: " << Printable(message) << std::endl;
@@ -44,7 +47,7 @@ int Run(int argc, char** argv) {
   ExportOptions exportOptions;
   CLI::App* exportCommand = app.add_subcommand(
       "export", "Write every page of every schematic to PATH less .dxf, then _SCHEMATIC_PAGE.dxf");
-  exportCommand->add_option("DESIGN", exportOptions.design, "JSON design document")->required();
+  exportCommand->add_option("DESIGN", exportOptions.design, kDesignHelp)->required();
   exportCommand->add_option("-o,--output", exportOptions.output,
                             "Output path (default: DESIGN with the extension .dxf); an existing "
                             "folder takes the files named after DESIGN");
@@ -60,7 +63,7 @@ int Run(int argc, char** argv) {
 
   PageOptions pageOptions;
   CLI::App* pageCommand = app.add_subcommand("page", "Write one page to a DXF file");
-  pageCommand->add_option("DESIGN", pageOptions.design, "JSON design document")->required();
+  pageCommand->add_option("DESIGN", pageOptions.design, kDesignHelp)->required();
   pageCommand->add_option("--schematic", pageOptions.schematic, "Schematic name")->required();
   pageCommand->add_option("--page", pageOptions.page, "Page name")->required();
   pageCommand->add_option("-o,--output", pageOptions.output,
@@ -74,7 +77,14 @@ int Run(int argc, char** argv) {
   std::string checkDesign;
   CLI::App* checkCommand = app.add_subcommand(
       "check", "Load and validate a design; list its schematics and pages with object counts");
-  checkCommand->add_option("DESIGN", checkDesign, "JSON design document")->required();
+  checkCommand->add_option("DESIGN", checkDesign, kDesignHelp)->required();
+
+  std::string convertInput;
+  std::string convertOutput;
+  CLI::App* convertCommand = app.add_subcommand(
+      "convert", "Write a design (such as a KiCad schematic) as a JSON design document");
+  convertCommand->add_option("DESIGN", convertInput, kDesignHelp)->required();
+  convertCommand->add_option("-o,--output", convertOutput, "JSON file to write")->required();
 
   std::string renderInput;
   std::string renderOutput;
@@ -98,8 +108,13 @@ int Run(int argc, char** argv) {
     if (*checkCommand) {
       return RunCheck(checkDesign);
     }
+    if (*convertCommand) {
+      return RunConvert(convertInput, convertOutput);
+    }
     return RunRender(renderInput, renderOutput);
   } catch (const kalmor::model::DesignDocumentError& error) {
+    return Fail(kInvalidInput, error.what());
+  } catch (const kalmor::kicad::KiCadError& error) {
     return Fail(kInvalidInput, error.what());
   } catch (const kalmor::DxfReadError& error) {
     return Fail(kInvalidInput, error.what());

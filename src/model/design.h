@@ -68,6 +68,8 @@ class Design final : public DboDesign {
   std::vector<BlockOccurrence> BlockOccurrences() const;
   // Every schematic and page in document order, with their object counts.
   std::vector<SchematicSummary> Summarize() const;
+  // Everything the design holds, for writers of it.
+  const detail::DesignData& data() const { return *data_; }
 
   int32_t GetObjectType(DboState& state) const override;
   void GetName(std::string& name, DboState& state) const override;

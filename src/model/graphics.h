@@ -113,6 +113,7 @@ struct RawObject final : DboBaseObject {
 
 // A defining graphic object: a box and the vectors drawn in it.
 struct Symbol final : DboGraphicObject {
+  std::string name;  // a name to give it when the design is written out; may be empty
   CRect bbox;
   GraphicList vectors;
   int32_t GetObjectType(DboState&) const override { return model_type::kSymbol; }

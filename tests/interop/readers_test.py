@@ -47,11 +47,14 @@ SOURCE = pathlib.Path(os.environ.get("KALMOR_SOURCE_DIR", pathlib.Path(__file__)
 BUILD = pathlib.Path(os.environ.get("KALMOR_BUILD_DIR", SOURCE / "build"))
 KALMOR = BUILD / "src" / "kalmor"
 PICTURES = BUILD / "interop"
-# KiCad demo designs that go through LibreCAD with the examples, below KICAD_DEMOS; for instance
-# "ecc83/ecc83-pp.kicad_sch", "interf_u/interf_u.kicad_sch", "stickhub/StickHub.kicad_sch"
-# (A4, A3, A3 portrait), once kalmor reads KiCad schematics.
+# KiCad demo designs that go through LibreCAD with the examples, below KICAD_DEMOS: an A4, an A3
+# and an A3 portrait page.
 KICAD_DEMOS = pathlib.Path("/usr/share/kicad/demos")
-KICAD_DEMO_DESIGNS = []
+KICAD_DEMO_DESIGNS = [
+    "ecc83/ecc83-pp.kicad_sch",
+    "interf_u/interf_u.kicad_sch",
+    "stickhub/StickHub.kicad_sch",
+]
 
 TYPE_CODES = {"part": 13, "block": 12}
 DRAWN_PRIMITIVES = {"line", "box", "arc", "ellipse", "polygon", "polyline", "bitmap"}
