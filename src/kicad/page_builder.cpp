@@ -519,7 +519,6 @@ class Builder {
     part.kind = dbo_type::kPartInst;
     part.symbol = built.symbol;
     part.body.symbol = built.symbol;
-    part.body.bbox = built.symbol->bbox;
     // KiCad turns, then mirrors; the page walk mirrors in the symbol, then turns.
     const int turns = orientation.quarterTurns;
     part.rotation = orientation.mirror == 'y'   ? (4 - turns) % 4
@@ -663,7 +662,6 @@ class Builder {
     block.schematicName = link.schematicName;
     block.symbol = data_.symbols.emplace_back(std::move(outline)).get();
     block.body.symbol = block.symbol;
-    block.body.bbox = block.symbol->bbox;
     block.location = {box.left, box.top};
     block.pinNumbersVisible = false;
     for (const SheetPin& own : sheet.pins) {

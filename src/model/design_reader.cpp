@@ -14,12 +14,11 @@
 #include "model/document_fault.h"
 #include "model/document_reader.h"
 #include "model/json_tape.h"
-#include "model/on_demand_reader.h"
 #include "model/tape_reader.h"
+#include "model/text_reader.h"
 
 namespace kalmor::model {
 
-static_assert(kDocumentPadding >= simdjson::SIMDJSON_PADDING);
 namespace detail {
 namespace {
 
@@ -96,18 +95,15 @@ std::unique_ptr<DesignData> ReadCarefully(std::string_view json, std::string_vie
 }
 
 std::unique_ptr<DesignData> ReadFast(std::string_view json, std::size_t padding) {
-  if (padding < simdjson::SIMDJSON_PADDING) {
-    return nullptr;
-  }
-  simdjson::ondemand::parser parser;
-  simdjson::ondemand::document document;
-  if (parser.iterate(json.data(), json.size(), json.size() + padding).get(document) !=
-      simdjson::SUCCESS) {
+  // The reader's scans stop at the zero byte past the text; strings need no check of their
+  // bytes once the whole text is known to be UTF-8.
+  if (padding < kDocumentPadding || json.data()[json.size()] != '\0' ||
+      !simdjson::validate_utf8(json.data(), json.size())) {
     return nullptr;
   }
   auto data = std::make_unique<DesignData>();
   try {
-    OnDemandReader in(document);
+    TextReader in(json);
     ReadDesign(in, *data);
     in.Finish();
   } catch (const LeftToCarefulReader&) {
@@ -135,21 +131,20 @@ std::unique_ptr<Design> ReadPadded(std::string_view json, std::size_t padding,
 std::unique_ptr<Design> ReadDesignDocument(std::string_view json, std::string_view documentName) {
   // The fast reading needs a few bytes it may read beyond the text.
   std::string padded;
-  padded.reserve(json.size() + simdjson::SIMDJSON_PADDING);
+  padded.reserve(json.size() + kDocumentPadding);
   padded.append(json);
-  padded.resize(json.size() + simdjson::SIMDJSON_PADDING);
-  return detail::ReadPadded(std::string_view(padded).substr(0, json.size()),
-                            simdjson::SIMDJSON_PADDING, documentName);
+  padded.resize(json.size() + kDocumentPadding);
+  return detail::ReadPadded(std::string_view(padded).substr(0, json.size()), kDocumentPadding,
+                            documentName);
 }
 
 std::unique_ptr<Design> ReadDesignDocumentInPlace(std::string json, std::string_view documentName) {
-  if (json.capacity() - json.size() < simdjson::SIMDJSON_PADDING) {
+  if (json.capacity() - json.size() < kDocumentPadding) {
     return ReadDesignDocument(std::string_view(json), documentName);
   }
   const std::size_t size = json.size();
-  json.resize(size + simdjson::SIMDJSON_PADDING);  // within the capacity: no copy
-  return detail::ReadPadded(std::string_view(json).substr(0, size), simdjson::SIMDJSON_PADDING,
-                            documentName);
+  json.resize(size + kDocumentPadding);  // within the capacity: no copy
+  return detail::ReadPadded(std::string_view(json).substr(0, size), kDocumentPadding, documentName);
 }
 
 std::unique_ptr<Design> LoadDesignDocument(const std::string& path) {

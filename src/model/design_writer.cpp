@@ -523,9 +523,9 @@ class DocumentWriter {
       out_.Int(part.kind);
     }
     WritePlacedFields(part);
-    if (part.body.bbox != part.symbol->bbox) {
+    if (part.body.box() != part.symbol->bbox) {
       out_.Key("bbox");
-      out_.Raw(RectText(part.body.bbox));
+      out_.Raw(RectText(part.body.box()));
     }
     if (!part.schematicName.empty()) {
       out_.Key("schematic");

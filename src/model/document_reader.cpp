@@ -10,9 +10,9 @@
 #include "model/design_data.h"
 #include "model/document_text.h"
 #include "model/hierarchy_links.h"
-#include "model/on_demand_reader.h"
 #include "model/record_fields.h"
 #include "model/tape_reader.h"
+#include "model/text_reader.h"
 
 namespace kalmor::model::detail {
 namespace {
@@ -443,7 +443,8 @@ class DocumentReader {
     return GraphicFieldTable()[1 + static_cast<std::size_t>(std::countr_zero(bit))].name;
   }
 
-  const Symbol* ReadSymbol() {
+  // Reads a symbol object into `symbol`.
+  void ReadSymbol(Symbol& symbol) {
     struct Read {
       Symbol& symbol;
       std::optional<CRect> bbox;
@@ -453,21 +454,21 @@ class DocumentReader {
         {"bbox", [](Self& r, Read& s) { s.bbox = r.in_.Rect(); }},
         {"vectors", [](Self& r, Read& s) { r.ReadVectors(s.symbol, s.extent); }},
     };
-    auto symbol = std::make_unique<Symbol>();
-    Read read{*symbol, std::nullopt, Extent{}};
+    Read read{symbol, std::nullopt, Extent{}};
     in_.Record(Fields<Self, Read>(kFields), *this, read);
     if (read.bbox) {
-      symbol->bbox = *read.bbox;
+      symbol.bbox = *read.bbox;
     } else if (!read.extent.Within(kCoordinateLimit)) {
       // Locations of nested vectors add up; the box around them must still be a place.
       in_.Fail("the vectors reach beyond the coordinate range -" +
                std::to_string(kCoordinateLimit) + " to " + std::to_string(kCoordinateLimit) +
                "; give the symbol a bbox");
     } else {
-      symbol->bbox = read.extent.rect();
+      symbol.bbox = read.extent.rect();
     }
-    return data_.symbols.emplace_back(std::move(symbol)).get();
   }
+
+  Symbol& NewSymbol() { return *data_.symbols.emplace_back(std::make_unique<Symbol>()); }
 
   void ReadVectors(Symbol& symbol, Extent& extent) {
     in_.ListInto(symbol.vectors, [&](std::unique_ptr<DboBaseObject>& slot) {
@@ -477,19 +478,32 @@ class DocumentReader {
     });
   }
 
+  // The careful reader has read /symbols before any use. The fast one reads the members of the
+  // document in their order, so a name may come before the symbol it names: it stands for the
+  // symbol, to be read into it when /symbols comes.
   const Symbol* ReadSymbolRef() {
     if (in_.PeekKind() == Token::Kind::kString) {
       const std::string name = Text();
       const auto found = symbolsByName_.find(name);
-      if (found == symbolsByName_.end()) {
-        in_.Fail("no symbol named " + Quoted(name) + " in /symbols");
+      if (found != symbolsByName_.end()) {
+        return found->second.symbol;
       }
-      return found->second;
+      if constexpr (!In::kComplains) {
+        if (!symbolsRead_) {
+          Symbol& pending = NewSymbol();
+          symbolsByName_.emplace(name, NamedSymbol{&pending, true});
+          ++pendingSymbols_;
+          return &pending;
+        }
+      }
+      in_.Fail("no symbol named " + Quoted(name) + " in /symbols");
     }
     if (in_.PeekKind() != Token::Kind::kObject) {
       in_.Expected("a symbol name or a symbol object");
     }
-    return ReadSymbol();
+    Symbol& symbol = NewSymbol();
+    ReadSymbol(symbol);
+    return &symbol;
   }
 
   void ReadSymbols() {
@@ -497,11 +511,19 @@ class DocumentReader {
       if (in_.PeekKind() != Token::Kind::kObject) {
         in_.Expected("a symbol object");
       }
-      const Symbol* symbol = ReadSymbol();
-      if (!symbolsByName_.emplace(DesignText(name, TextRole::kName), symbol).second) {
+      auto [named, added] =
+          symbolsByName_.try_emplace(DesignText(name, TextRole::kName), NamedSymbol{});
+      if (added) {
+        named->second.symbol = &NewSymbol();
+      } else if (named->second.pending) {
+        named->second.pending = false;
+        --pendingSymbols_;
+      } else {
         in_.Fail("symbol name given twice");
       }
+      ReadSymbol(*named->second.symbol);
     });
+    symbolsRead_ = true;
   }
 
   // ---------------------------------------------------------------------------------------
@@ -607,17 +629,34 @@ class DocumentReader {
     });
   }
 
-  // Part ids of the schematic being read; the ids are the cursor's own views of the text, which
-  // last as long as the reading. The careful reader refuses a repeated id where it stands,
-  // naming its first use; the fast one only needs to know whether any id repeats, which it
-  // learns at the end of the schematic from the ids' hashes, sorted (no map of ids to build).
+  // Part ids of the schematic being read. The careful reader refuses a repeated id where it
+  // stands, naming its first use (the ids are views of its tape, which lasts as long as the
+  // reading); the fast one only needs to know whether any id repeats, which it learns at the end
+  // of the schematic from the ids' hashes, sorted, comparing the parts' own ids where two hashes
+  // meet (no map of ids to build).
   struct PartIds {
+    struct Hashed {
+      std::size_t hash;
+      uint32_t page;
+      uint32_t part;
+      auto operator<=>(const Hashed&) const = default;
+    };
     std::unordered_map<std::string_view, std::pair<std::size_t, std::size_t>> firstUse;
-    std::vector<std::pair<std::size_t, std::string_view>> hashed;
+    std::vector<Hashed> hashed;
 
-    bool AnyTwice() {
+    bool AnyTwice(const Schematic& schematic) {
       std::sort(hashed.begin(), hashed.end());
-      return std::adjacent_find(hashed.begin(), hashed.end()) != hashed.end();
+      const auto id = [&](const Hashed& entry) -> const std::string& {
+        return schematic.pages[entry.page].parts[entry.part].id;
+      };
+      for (std::size_t i = 1; i < hashed.size(); ++i) {
+        for (std::size_t j = i; j-- > 0 && hashed[j].hash == hashed[i].hash;) {
+          if (id(hashed[j]) == id(hashed[i])) {
+            return true;
+          }
+        }
+      }
+      return false;
     }
   };
 
@@ -655,7 +694,7 @@ class DocumentReader {
     };
     PartRead read{part, {}, false, std::nullopt};
     in_.Record(Fields<Self, PartRead>(kFields), *this, read);
-    part.body.bbox = read.bbox ? *read.bbox : part.symbol->bbox;
+    part.body.own = read.bbox;
     part.body.symbol = part.symbol;
     if (read.hasSchematic) {
       if (part.kind != dbo_type::kBlockInst) {
@@ -664,7 +703,8 @@ class DocumentReader {
       blocks_.push_back({schematic, page, index});
     }
     if constexpr (!In::kComplains) {
-      ids.hashed.emplace_back(std::hash<std::string_view>{}(read.id), read.id);
+      ids.hashed.push_back({std::hash<std::string_view>{}(read.id), static_cast<uint32_t>(page),
+                            static_cast<uint32_t>(index)});
       return;
     }
     const auto [first, added] = ids.firstUse.try_emplace(read.id, page, index);
@@ -835,7 +875,7 @@ class DocumentReader {
     SchematicRead read{schematic, index, {}};
     in_.Record(Fields<Self, SchematicRead>(kFields), *this, read);
     if constexpr (!In::kComplains) {
-      if (read.ids.AnyTwice()) {
+      if (read.ids.AnyTwice(schematic)) {
         in_.Fail("a part id is used twice in this schematic");
       }
     }
@@ -859,10 +899,14 @@ class DocumentReader {
   // ---------------------------------------------------------------------------------------
   // The document
 
+  // The version says how to read everything else, and symbols are named before they are used
+  // wherever they stand in the text: the careful reader reads both first, so that its complaints
+  // come in that order. The fast one, which never complains, reads the members in their order and
+  // checks afterwards that the version was given and every symbol named was found.
   void ReadDocument() {
     static constexpr Field<Self, DesignData> kFields[] = {
-        {"kalmor_design", [](Self& r, DesignData&) { r.in_.Skip(); }},  // read first
-        {"symbols", [](Self& r, DesignData&) { r.in_.Skip(); }},        // read first
+        {"kalmor_design", [](Self& r, DesignData&) { r.ReadInTurn([&] { r.ReadVersion(); }); }},
+        {"symbols", [](Self& r, DesignData&) { r.ReadInTurn([&] { r.ReadSymbols(); }); }},
         {"name", [](Self& r, DesignData& d) { d.name = r.Text(); }, kRequired},
         {"root", [](Self& r, DesignData&) { r.rootName_ = r.Text(); }},
         {"schematics", [](Self& r, DesignData&) { r.ReadSchematics(); }, kRequired},
@@ -870,13 +914,28 @@ class DocumentReader {
     if (in_.PeekKind() != Token::Kind::kObject) {
       in_.Expected("an object (a design document)");
     }
-    // The version says how to read everything else, and symbols are named before they are
-    // used wherever they stand in the text; both are read first.
-    if (!in_.ReadMemberFirst("kalmor_design", [&] { ReadVersion(); })) {
-      in_.FailAt("kalmor_design", "required, but missing (the format version, 1)");
+    if constexpr (In::kComplains) {
+      if (!in_.ReadMemberFirst("kalmor_design", [&] { ReadVersion(); })) {
+        in_.FailAt("kalmor_design", "required, but missing (the format version, 1)");
+      }
+      in_.ReadMemberFirst("symbols", [&] { ReadSymbols(); });
     }
-    in_.ReadMemberFirst("symbols", [&] { ReadSymbols(); });
     in_.Record(Fields<Self, DesignData>(kFields), *this, data_);
+    if constexpr (!In::kComplains) {
+      if (!versionRead_ || pendingSymbols_ != 0) {
+        in_.Fail("read in turn");
+      }
+    }
+  }
+
+  // A member of the document that the careful reader has read first.
+  template <typename Read>
+  void ReadInTurn(Read&& read) {
+    if constexpr (In::kComplains) {
+      in_.Skip();
+    } else {
+      read();
+    }
   }
 
   void ReadVersion() {
@@ -888,6 +947,7 @@ class DocumentReader {
       in_.Fail("unsupported format version " + std::to_string(*version) +
                " (this reader reads version 1)");
     }
+    versionRead_ = true;
   }
 
   void ReadSchematics() {
@@ -908,7 +968,14 @@ class DocumentReader {
   DesignData& data_;
   const LogFont* defaultFont_ = nullptr;
   std::unordered_map<std::string, const LogFont*> fontIndex_;
-  std::unordered_map<std::string, const Symbol*> symbolsByName_;
+  struct NamedSymbol {
+    Symbol* symbol = nullptr;
+    bool pending = false;  // named by a part before /symbols was read
+  };
+  std::unordered_map<std::string, NamedSymbol> symbolsByName_;
+  bool symbolsRead_ = false;
+  std::size_t pendingSymbols_ = 0;
+  bool versionRead_ = false;
   std::optional<std::string> rootName_;
   std::vector<BlockRef> blocks_;
   int vectorDepth_ = 0;  // vectors open around the graphic being read
@@ -922,6 +989,6 @@ void ReadDesign(In& in, DesignData& data) {
 }
 
 template void ReadDesign<TapeReader>(TapeReader& in, DesignData& data);
-template void ReadDesign<OnDemandReader>(OnDemandReader& in, DesignData& data);
+template void ReadDesign<TextReader>(TextReader& in, DesignData& data);
 
 }  // namespace kalmor::model::detail

@@ -77,6 +77,9 @@ class JsonTape {
   std::string strings_;         // each string is its 32-bit length, then its bytes
 };
 
+// Appends the UTF-8 of a character (a code point below 0x110000) to `out`.
+void AppendUtf8(std::string& out, uint32_t code);
+
 // Appends `key` to `pointer` as one JSON-pointer step ("~" and "/" escaped).
 void AppendPointerKey(std::string& pointer, std::string_view key);
 

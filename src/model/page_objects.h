@@ -110,12 +110,14 @@ struct Pin final : DboPortInst {
   std::unique_ptr<DboDisplayPropsIter> NewDisplayPropsIter(DboState& state) const override;
 };
 
-// What a part's defining part answers: the part's body box, over its symbol's vectors.
+// What a part's defining part answers: the part's body box (its own, or else its symbol's),
+// over its symbol's vectors.
 struct DefiningPart final : DboGraphicObject {
-  CRect bbox;
+  std::optional<CRect> own;
   const Symbol* symbol = nullptr;
+  CRect box() const { return own ? *own : symbol->bbox; }
   int32_t GetObjectType(DboState&) const override { return model_type::kSymbol; }
-  CRect GetBoundingBox(DboState&) const override { return bbox; }
+  CRect GetBoundingBox(DboState&) const override { return box(); }
   std::unique_ptr<DboGraphicObjectVectorsIter> NewVectorsIter(int32_t mode,
                                                               DboState& state) const override {
     return symbol->NewVectorsIter(mode, state);
@@ -135,7 +137,7 @@ struct PartInst final : Placed<DboPartInst, dbo_type::kPartInst> {
   uint32_t ordinal = 0;                  // its place among the parts of that schematic
 
   int32_t GetObjectType(DboState&) const override { return kind; }
-  CRect GetBoundingBox(DboState&) const override { return body.bbox; }
+  CRect GetBoundingBox(DboState&) const override { return body.box(); }
   const DboGraphicObject* GetDefiningPart(DboState&) const override { return &body; }
   int32_t GetPinNamesAreVisible(DboState&) const override { return pinNamesVisible ? 1 : 0; }
   int32_t GetPinNumbersAreVisible(DboState&) const override { return pinNumbersVisible ? 1 : 0; }

@@ -86,7 +86,7 @@ TEST_F(NewerFormats, SheetsAreBlocksWithTheirPins) {
   const PartInst& a = Part(root(), "CH_A");
   EXPECT_EQ(a.kind, dbo_type::kBlockInst);
   EXPECT_EQ(a.schematicName, "channel");
-  EXPECT_EQ(a.body.bbox, (CRect{0, 0, 80, 50}));
+  EXPECT_EQ(a.body.box(), (CRect{0, 0, 80, 50}));
   ASSERT_EQ(a.pins.size(), 2u);
   EXPECT_EQ(a.pins[0].name, "IN");
   EXPECT_EQ(a.pins[0].start, (CPoint{a.location.x, 128}));  // on the left edge, at 44.45 mm

@@ -1,0 +1,153 @@
+#pragma once
+
+// The fast cursor over a design document: it reads the text straight, in one pass, building the
+// design as it goes, with no index or tree beside the text. It offers what TapeReader offers, for
+// the same reading code, but complains about nothing: at the first thing it does not read exactly
+// as the careful reader would (a bad value, an escaped member name, a number beyond 64 bits, text
+// that is not UTF-8, anything that is not JSON), it throws LeftToCarefulReader and the careful
+// reader reads the document again, with its exact messages.
+//
+// JSON parsers that are as fast (simdjson) first index every token of the whole text, an index
+// larger than the text itself; reading without one keeps a load within a few times the size of
+// its document.
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "kalmor/types.h"
+#include "model/json_tape.h"
+#include "model/record_fields.h"
+
+namespace kalmor::model::detail {
+
+struct LeftToCarefulReader {};
+
+class TextReader {
+ public:
+  // Reads `text`, whose byte past the end must be readable and zero (it stops every scan).
+  explicit TextReader(std::string_view text) : at_(text.data()), end_(text.data() + text.size()) {}
+
+  static constexpr bool kComplains = false;
+
+  Token::Kind PeekKind();
+  [[noreturn]] static void Fail(const std::string& message);
+  [[noreturn]] static void FailAt(std::string_view key, const std::string& message);
+  [[noreturn]] static void Expected(std::string_view what);
+  [[noreturn]] static void ExpectedInteger(std::string_view what) { Expected(what); }
+  bool PeekInteger();
+
+  template <typename Reader, typename Target>
+  void Record(Fields<Reader, Target> fields, Reader& reader, Target& target);
+  // An array of objects read one by one into `items`.
+  template <typename T, typename Read>
+  void ListInto(std::vector<T>& items, Read&& read) {
+    List([&](std::size_t) { read(items.emplace_back()); });
+  }
+  template <typename T, typename Read>
+  void GrowingListInto(std::vector<T>& items, Read&& read) {
+    ListInto(items, std::forward<Read>(read));
+  }
+  template <typename Entry>
+  void Map(Entry&& entry);
+  template <typename Element>
+  void List(Element&& element);
+  // Throws unless the whole text has been read.
+  void Finish();
+
+  std::optional<int64_t> Integer();
+  int32_t Int32() { return Int32Within(INT32_MIN, INT32_MAX, {}); }
+  int32_t Int32AtLeast(int32_t least, std::string_view) {
+    return Int32Within(least, INT32_MAX, {});
+  }
+  int32_t Int32Within(int32_t least, int32_t most, std::string_view);
+  int32_t Coordinate();
+  uint8_t Byte() { return static_cast<uint8_t>(Int32Within(0, 255, {})); }
+  bool Boolean();
+  double NumberWithin(double least, double most, std::string_view);
+  // The string at the cursor, valid until the next string is read.
+  std::string_view StringView();
+  CPoint Point();
+  CRect Rect();
+  void Points(std::vector<CPoint>& points);
+
+ private:
+  [[noreturn]] static void Miss() { throw LeftToCarefulReader{}; }
+  // The next byte that is not white space, which the cursor is then at.
+  char Next();
+  // Takes `c` as the next byte past white space; misses when it is another.
+  void Expect(char c) {
+    if (Next() != c) [[unlikely]] {
+      Miss();
+    }
+    ++at_;
+  }
+  // Past an opening '{' or '[': true while there is another member or element; takes the comma
+  // between them and the closing `close`.
+  bool More(char close, bool first);
+  // A member name as it stands in the text; one with an escape is left to the careful reader.
+  std::string_view PlainKey();
+  // The string at the cursor with its escapes decoded into `scratch` when it has any.
+  std::string_view ReadString(std::string& scratch);
+  // The integer at the cursor, of at most 18 digits; misses on anything else (a real, a
+  // larger integer).
+  int64_t ReadInteger();
+  // "[a, b, ...]" of N coordinates.
+  template <std::size_t N>
+  void Coordinates(int32_t (&values)[N]);
+
+  const char* at_;
+  const char* end_;
+  std::string scratch_;                 // decoded strings
+  std::deque<std::string> keyScratch_;  // decoded map keys, by depth of the map
+  std::size_t mapDepth_ = 0;
+};
+
+template <typename Reader, typename Target>
+void TextReader::Record(Fields<Reader, Target> fields, Reader& reader, Target& target) {
+  Expect('{');
+  uint64_t given = 0;
+  for (bool first = true; More('}', first); first = false) {
+    const std::size_t index = FieldIndex(fields, PlainKey());
+    if (index == fields.size() || (given & FieldBit(index)) != 0) {
+      Miss();
+    }
+    given |= FieldBit(index);
+    Expect(':');
+    fields[index].read(reader, target);
+  }
+  if (FirstMissing(fields, given) != nullptr) {
+    Miss();
+  }
+}
+
+template <typename Entry>
+void TextReader::Map(Entry&& entry) {
+  Expect('{');
+  if (keyScratch_.size() == mapDepth_) {
+    keyScratch_.emplace_back();
+  }
+  ++mapDepth_;
+  for (bool first = true; More('}', first); first = false) {
+    const std::string_view key = ReadString(keyScratch_[mapDepth_ - 1]);
+    Expect(':');
+    entry(key);
+  }
+  --mapDepth_;
+}
+
+template <typename Element>
+void TextReader::List(Element&& element) {
+  Expect('[');
+  std::size_t index = 0;
+  for (bool first = true; More(']', first); first = false) {
+    element(index++);
+  }
+}
+
+}  // namespace kalmor::model::detail
