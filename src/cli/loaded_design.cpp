@@ -65,8 +65,8 @@ const DboInstOccurrence* LoadedDesign::FindOccurrence(const std::string& path) c
   return design_->FindOccurrence(path);
 }
 
-const std::string& LoadedDesign::RootSchematic() const {
-  return design_->rootName();
+std::string LoadedDesign::RootSchematic() const {
+  return std::string(design_->rootName());
 }
 
 std::vector<model::BlockOccurrence> LoadedDesign::Blocks() const {

@@ -29,7 +29,7 @@ class LoadedDesign {
   // The occurrence at a path such as /BLK1, or null.
   const DboInstOccurrence* FindOccurrence(const std::string& path) const;
   // The schematic at the top of the hierarchy, and every block occurrence below it.
-  const std::string& RootSchematic() const;
+  std::string RootSchematic() const;
   std::vector<model::BlockOccurrence> Blocks() const;
 
  private:

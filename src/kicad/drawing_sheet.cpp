@@ -73,7 +73,7 @@ TitleBlockDrawing TitleBlockLines() {
   const int32_t left = ToUnits(kTitleBlockWidth);
   const int32_t top = ToUnits(kTitleBlockHeight);
   for (const Rule& rule : kRules) {
-    auto line = std::make_unique<model::detail::LineShape>();
+    auto line = model::detail::New<model::detail::LineShape>();
     line->start = {left - ToUnits(rule.x1), top - ToUnits(rule.y1)};
     line->end = {left - ToUnits(rule.x2), top - ToUnits(rule.y2)};
     drawing.lines.push_back(std::move(line));

@@ -264,10 +264,14 @@ class HierarchyReader {
 
   std::unique_ptr<model::Design> Build() {
     auto data = std::make_unique<model::detail::DesignData>();
+    const model::detail::Arena::Scope scope(data->arena);
     data->name = sheets_.front()->schematicName;
-    FontTable fonts(data->fonts);
+    FontTable fonts;
     std::vector<model::detail::BlockRef> blocks;
-    data->schematics.resize(sheets_.size());
+    data->schematics.reserve(sheets_.size());
+    for (std::size_t s = 0; s < sheets_.size(); ++s) {
+      data->schematics.emplace_back();
+    }
     std::vector<SyntaxFault> warnings;
     for (std::size_t s = 0; s < sheets_.size(); ++s) {
       const LoadedSheet& sheet = *sheets_[s];

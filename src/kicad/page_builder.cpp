@@ -187,7 +187,8 @@ class Builder {
       const SheetOccurrence& occurrence = *sources_.occurrences[i];
       std::string text = textFor(occurrence);
       if (text != out.plain) {
-        out.values.push_back({occurrence.designPath, 0, std::move(text)});
+        out.values.push_back(
+            {model::detail::Text(occurrence.designPath), 0, model::detail::Text(text)});
       }
     }
     return out;
@@ -257,7 +258,7 @@ class Builder {
     prop.values = std::move(text.values);
     prop.display = 0;  // the value as it is: KiCad shows empty fields as nothing
     prop.font = font;
-    prop.extent = MeasuredExtent(prop.value, *font);
+    prop.extent = MeasuredExtent(text.plain, *font);
     const double height = DrawnHeight(*font);
     if (!baseline.vertical) {
       prop.rotation = 0;
@@ -277,7 +278,7 @@ class Builder {
     const double width = DrawnWidth(text, *font);
     const CRect extent = MeasuredExtent(text, *font);
     const int32_t lineHeight = std::abs(extent.bottom - extent.top);
-    auto shape = std::make_unique<TextShape>();
+    auto shape = model::detail::New<TextShape>();
     if (!baseline.vertical) {
       shape->rect.left = RoundToUnit(baseline.x);
       shape->rect.top = RoundToUnit(baseline.y - height - kBaseLineGap);
@@ -296,7 +297,7 @@ class Builder {
     graphic.type = dbo_type::kGraphicCommentTextInst;
     graphic.rotation = shape->rotation;
     graphic.box = shape->rect;
-    graphic.shape = std::move(shape);
+    graphic.shape = shape;
   }
 
   // A text of one or more lines, each justified on its own, KiCad's way.
@@ -334,11 +335,11 @@ class Builder {
     }
   }
 
-  void AddGraphic(std::unique_ptr<DboBaseObject> primitive) {
+  void AddGraphic(DboBaseObject* primitive) {
     CommentGraphic& graphic = page_.graphics.emplace_back();
     graphic.type = PageGraphicType(*primitive);
     graphic.box = PrimitiveExtent(*primitive);
-    graphic.shape = std::move(primitive);
+    graphic.shape = primitive;
   }
 
   // ---------------------------------------------------------------------------------------
@@ -346,11 +347,11 @@ class Builder {
 
   void AddTitleBlock() {
     TitleBlockDrawing drawing = TitleBlockLines();
-    auto symbol = std::make_unique<Symbol>();
+    auto symbol = model::detail::New<Symbol>();
     symbol->bbox = {0, 0, drawing.width, drawing.height};
     symbol->vectors = std::move(drawing.lines);
     model::detail::TitleBlock& block = page_.titleBlocks.emplace_back();
-    block.symbol = data_.symbols.emplace_back(std::move(symbol)).get();
+    block.symbol = symbol;
     block.location = TitleBlockCorner(frame_);
     for (const TitleBlockText& item : TitleBlockTexts()) {
       PerOccurrence text = ForEachOccurrence(
@@ -518,7 +519,7 @@ class Builder {
     part.id = UniquePartId(views.front().reference);
     part.kind = dbo_type::kPartInst;
     part.symbol = built.symbol;
-    part.body.symbol = built.symbol;
+    part.body = &built.symbol->asPart;
     // KiCad turns, then mirrors; the page walk mirrors in the symbol, then turns.
     const int turns = orientation.quarterTurns;
     part.rotation = orientation.mirror == 'y'   ? (4 - turns) % 4
@@ -652,7 +653,7 @@ class Builder {
     const CPoint a = At(sheet.at);
     const CPoint b = At({sheet.at.x + sheet.size.x, sheet.at.y + sheet.size.y});
     const CRect box{std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x), std::max(a.y, b.y)};
-    auto outline = std::make_unique<Symbol>();
+    auto outline = model::detail::New<Symbol>();
     outline->bbox = {0, 0, box.right - box.left, box.bottom - box.top};
 
     blockParts_.push_back(page_.parts.size());
@@ -660,8 +661,8 @@ class Builder {
     block.id = link.blockId;
     block.kind = dbo_type::kBlockInst;
     block.schematicName = link.schematicName;
-    block.symbol = data_.symbols.emplace_back(std::move(outline)).get();
-    block.body.symbol = block.symbol;
+    block.symbol = outline;
+    block.body = &block.symbol->asPart;
     block.location = {box.left, box.top};
     block.pinNumbersVisible = false;
     for (const SheetPin& own : sheet.pins) {
@@ -862,21 +863,21 @@ class Builder {
       return CPoint{RoundToUnit(x + offset.x), RoundToUnit(y + offset.y)};
     };
     for (const auto& polygon : outline.polygons) {
-      auto shape = std::make_unique<PolygonShape>();
+      auto shape = model::detail::New<PolygonShape>();
       for (const LabelOutline::Point& offset : polygon) {
         shape->points.push_back(point(offset));
       }
       vectors.push_back(std::move(shape));
     }
     for (const auto& polyline : outline.polylines) {
-      auto shape = std::make_unique<PolylineShape>();
+      auto shape = model::detail::New<PolylineShape>();
       for (const LabelOutline::Point& offset : polyline) {
         shape->points.push_back(point(offset));
       }
       vectors.push_back(std::move(shape));
     }
     for (const LabelOutline::Circle& circle : outline.circles) {
-      auto shape = std::make_unique<EllipseShape>();
+      auto shape = model::detail::New<EllipseShape>();
       const CPoint centre = point(circle.centre);
       const int32_t r = std::max(1, RoundToUnit(circle.radius));
       shape->rect = {centre.x - r, centre.y - r, centre.x + r, centre.y + r};
@@ -891,10 +892,10 @@ class Builder {
     for (auto& vector : vectors) {
       Translate(*vector, {-extent.left, -extent.top});
     }
-    auto symbol = std::make_unique<Symbol>();
+    auto symbol = model::detail::New<Symbol>();
     symbol->bbox = {0, 0, extent.right - extent.left, extent.bottom - extent.top};
     symbol->vectors = std::move(vectors);
-    instance.symbol = data_.symbols.emplace_back(std::move(symbol)).get();
+    instance.symbol = symbol;
     instance.location = {extent.left, extent.top};
     if (font != nullptr && !text.empty()) {
       const Baseline baseline =
@@ -914,7 +915,7 @@ class Builder {
       }
     }
     for (const int32_t sign : {1, -1}) {
-      auto line = std::make_unique<LineShape>();
+      auto line = model::detail::New<LineShape>();
       line->start = {at.x - kNoConnectHalf, at.y - sign * kNoConnectHalf};
       line->end = {at.x + kNoConnectHalf, at.y + sign * kNoConnectHalf};
       AddGraphic(std::move(line));
@@ -969,7 +970,7 @@ class Builder {
     const CRect rect{std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x),
                      std::max(a.y, b.y)};
     if (box.border) {
-      auto outline = std::make_unique<model::detail::BoxShape>();
+      auto outline = model::detail::New<model::detail::BoxShape>();
       outline->rect = rect;
       outline->width = LineWidthUnits(box.width);
       AddGraphic(std::move(outline));
@@ -1013,7 +1014,7 @@ class Builder {
     }
     const int32_t width = ToUnits(size->widthMillimetres * image.scale);
     const int32_t height = ToUnits(size->heightMillimetres * image.scale);
-    auto bitmap = std::make_unique<BitMapShape>();
+    auto bitmap = model::detail::New<BitMapShape>();
     bitmap->rect.left = RoundToUnit(Exact(image.at.x) - width / 2.0);
     bitmap->rect.top = RoundToUnit(Exact(image.at.y) - height / 2.0);
     bitmap->rect.right = bitmap->rect.left + width;
@@ -1040,7 +1041,7 @@ const LogFont* FontTable::Intern(const LogFont& font) {
   std::string key(reinterpret_cast<const char*>(&font), sizeof font);
   const auto [found, added] = index_.try_emplace(std::move(key), nullptr);
   if (added) {
-    found->second = &fonts_.emplace_back(font);
+    found->second = model::detail::New<LogFont>(font);
   }
   return found->second;
 }

@@ -35,14 +35,12 @@ struct DesignContext {
   std::unordered_map<std::string_view, const SymbolInstance*> legacySymbols;
 };
 
-// The design's fonts, each distinct record once.
+// The design's fonts, each distinct record once, made in the design's arena.
 class FontTable {
  public:
-  explicit FontTable(std::deque<LogFont>& fonts) : fonts_(fonts) {}
   const LogFont* Intern(const LogFont& font);
 
  private:
-  std::deque<LogFont>& fonts_;
   std::unordered_map<std::string, const LogFont*> index_;
 };
 

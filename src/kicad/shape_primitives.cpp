@@ -41,7 +41,7 @@ Point Placed(const Frame& frame, Vec point) {
 }
 
 void AppendLine(Point a, Point b, LineWidthT width, GraphicList& out) {
-  auto line = std::make_unique<LineShape>();
+  auto line = model::detail::New<LineShape>();
   line->start = Rounded(a);
   line->end = Rounded(b);
   line->width = width;
@@ -66,13 +66,13 @@ void AppendPoints(const std::vector<Point>& points, bool closed, LineWidthT widt
     if (rounded.size() > 2 && rounded.front() == rounded.back()) {
       rounded.pop_back();  // the polygon closes itself
     }
-    auto polygon = std::make_unique<PolygonShape>();
+    auto polygon = model::detail::New<PolygonShape>();
     polygon->points = std::move(rounded);
     polygon->width = width;
     out.push_back(std::move(polygon));
     return;
   }
-  auto polyline = std::make_unique<PolylineShape>();
+  auto polyline = model::detail::New<PolylineShape>();
   polyline->points = std::move(rounded);
   polyline->width = width;
   out.push_back(std::move(polyline));
@@ -122,7 +122,7 @@ void AppendArc(Point start, Point mid, Point end, bool inSymbol, LineWidthT widt
     pieces = static_cast<int>(std::ceil(std::fabs(sweep) / kLongestArcPiece));
   }
   for (int piece = 0; piece < pieces; ++piece) {
-    auto arc = std::make_unique<ArcShape>();
+    auto arc = model::detail::New<ArcShape>();
     arc->rect = circle;
     arc->start = pointAt(from + sweep * piece / pieces);
     arc->end = pointAt(from + sweep * (piece + 1) / pieces);
@@ -219,7 +219,7 @@ void AppendShape(const Shape& shape, bool inSymbol, const Frame& frame, GraphicL
     case Shape::Kind::kRectangle: {
       const CPoint a = Rounded(points[0]);
       const CPoint b = Rounded(points[1]);
-      auto box = std::make_unique<BoxShape>();
+      auto box = model::detail::New<BoxShape>();
       box->rect = {std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x), std::max(a.y, b.y)};
       box->width = width;
       out.push_back(std::move(box));
@@ -228,7 +228,7 @@ void AppendShape(const Shape& shape, bool inSymbol, const Frame& frame, GraphicL
     case Shape::Kind::kCircle: {
       const CPoint centre = Rounded(points[0]);
       const auto r = static_cast<int32_t>(std::lround(ToUnitsExact(shape.radius)));
-      auto ellipse = std::make_unique<EllipseShape>();
+      auto ellipse = model::detail::New<EllipseShape>();
       ellipse->rect = {centre.x - r, centre.y - r, centre.x + r, centre.y + r};
       ellipse->width = width;
       out.push_back(std::move(ellipse));

@@ -126,10 +126,10 @@ const BuiltSymbol& SymbolLibrary::Build(const LibSymbol& symbol, int unit, int s
   for (const auto& primitive : graphics) {
     Translate(*primitive, {-built.origin.x, -built.origin.y});
   }
-  auto drawn = std::make_unique<Symbol>();
+  auto drawn = model::detail::New<Symbol>();
   drawn->bbox = {0, 0, built.width, built.height};
   drawn->vectors = std::move(graphics);
-  built.symbol = data_.symbols.emplace_back(std::move(drawn)).get();
+  built.symbol = drawn;
   return built;
 }
 
@@ -139,12 +139,12 @@ const BuiltSymbol& SymbolLibrary::Missing() {
     return found->second;
   }
   BuiltSymbol& built = built_[key];
-  auto box = std::make_unique<BoxShape>();
+  auto box = model::detail::New<BoxShape>();
   box->rect = {0, 0, kMissingSide, kMissingSide};
-  auto drawn = std::make_unique<Symbol>();
+  auto drawn = model::detail::New<Symbol>();
   drawn->bbox = box->rect;
   drawn->vectors.push_back(std::move(box));
-  built.symbol = data_.symbols.emplace_back(std::move(drawn)).get();
+  built.symbol = drawn;
   built.origin = {-kMissingSide / 2, -kMissingSide / 2};
   built.width = kMissingSide;
   built.height = kMissingSide;

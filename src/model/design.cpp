@@ -8,31 +8,13 @@
 namespace kalmor::model {
 namespace {
 
-class ViewsIter final : public DboLibViewsIter {
- public:
-  explicit ViewsIter(std::span<const detail::Schematic> schematics) : schematics_(schematics) {}
-  const DboView* NextView(DboState&) override { return schematics_.Next(); }
-
- private:
-  detail::Sequence<detail::Schematic> schematics_;
-};
-
-class OccurrencesIter final : public DboDesignOccurrencesIter {
- public:
-  explicit OccurrencesIter(const std::vector<detail::Occurrence>& occurrences)
-      : occurrences_(occurrences) {}
-  const DboInstOccurrence* NextOccurrence(DboState&) override { return occurrences_.Next(); }
-
- private:
-  detail::Sequence<detail::Occurrence> occurrences_;
-};
-
 constexpr int32_t kSchematicViews = 6;
 
 }  // namespace
 
 // The extents are measured here, once, so that no getter of the design ever measures (or fails).
 Design::Design(std::unique_ptr<detail::DesignData> data) : data_(std::move(data)) {
+  const detail::Arena::Scope scope(data_->arena);
   detail::MeasureDisplayProps(data_->schematics);
 }
 Design::~Design() = default;
@@ -43,7 +25,7 @@ const std::string& Design::name() const {
 
 const DboPage* Design::FindPage(std::string_view schematic, std::string_view page) const {
   for (const detail::Schematic& candidate : data_->schematics) {
-    if (candidate.name != schematic) {
+    if (candidate.name.view() != schematic) {
       continue;
     }
     for (const detail::Page& own : candidate.pages) {
@@ -59,9 +41,8 @@ const DboInstOccurrence* Design::FindOccurrence(std::string_view path) const {
   return detail::FindOccurrenceByPath(*data_, path);
 }
 
-const std::string& Design::rootName() const {
-  static const std::string kNone;
-  return data_->root != nullptr ? data_->root->name : kNone;
+std::string_view Design::rootName() const {
+  return data_->root != nullptr ? data_->root->name.view() : std::string_view();
 }
 
 std::size_t Design::occurrenceCount() const {
@@ -77,44 +58,16 @@ std::vector<BlockOccurrence> Design::BlockOccurrences() const {
       continue;
     }
     const auto parent = parentOf.find(&occurrence);
-    blocks.push_back({&occurrence, occurrence.part->id,
+    blocks.push_back({&occurrence, occurrence.part->id.str(),
                       parent != parentOf.end() ? parent->second : BlockOccurrence::kTop,
-                      occurrence.contents->name});
-    for (const detail::Occurrence* child : occurrence.children) {
+                      occurrence.contents->name.str()});
+    for (const detail::Occurrence* child : occurrence.Children()) {
       if (child->contents != nullptr) {
         parentOf.emplace(child, blocks.size() - 1);
       }
     }
   }
   return blocks;
-}
-
-std::vector<SchematicSummary> Design::Summarize() const {
-  std::vector<SchematicSummary> summary;
-  for (const detail::Schematic& schematic : data_->schematics) {
-    SchematicSummary& out = summary.emplace_back();
-    out.name = schematic.name;
-    for (const detail::Page& page : schematic.pages) {
-      PageSummary& counts = out.pages.emplace_back();
-      counts.name = page.name;
-      counts.titleBlocks = static_cast<int>(page.titleBlocks.size());
-      counts.parts = static_cast<int>(page.parts.size());
-      for (const detail::PartInst& part : page.parts) {
-        counts.pins += static_cast<int>(part.pins.size());
-      }
-      counts.wires = static_cast<int>(page.wires.size());
-      for (const detail::Wire& wire : page.wires) {
-        counts.junctions += static_cast<int>(wire.junctions.size());
-        counts.aliases += static_cast<int>(wire.aliases.size());
-      }
-      counts.globals = static_cast<int>(page.globals.size());
-      counts.ports = static_cast<int>(page.ports.size());
-      counts.offPageConnectors = static_cast<int>(page.offPageConnectors.size());
-      counts.busEntries = static_cast<int>(page.busEntries.size());
-      counts.graphics = static_cast<int>(page.graphics.size());
-    }
-  }
-  return summary;
 }
 
 int32_t Design::GetObjectType(DboState&) const {
@@ -126,14 +79,15 @@ void Design::GetName(std::string& name, DboState&) const {
 }
 
 std::unique_ptr<DboLibViewsIter> Design::NewViewsIter(int32_t mode, DboState&) const {
+  using Views = DboLibViewsIter;
   if (mode != kSchematicViews) {
-    return std::make_unique<ViewsIter>(std::span<const detail::Schematic>());
+    return detail::NewListIter<Views, detail::Schematic>({});
   }
-  return std::make_unique<ViewsIter>(data_->schematics);
+  return detail::NewListIter<Views, detail::Schematic>(data_->schematics);
 }
 
 std::unique_ptr<DboDesignOccurrencesIter> Design::NewOccurrencesIter(DboState&) const {
-  return std::make_unique<OccurrencesIter>(data_->occurrences);
+  return detail::NewListIter<DboDesignOccurrencesIter, detail::Occurrence>(data_->occurrences);
 }
 
 }  // namespace kalmor::model

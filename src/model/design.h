@@ -17,28 +17,6 @@ namespace detail {
 struct DesignData;
 }
 
-// How many objects of each kind a page holds (pins, junctions and aliases over all parts and
-// wires of the page).
-struct PageSummary {
-  std::string name;
-  int titleBlocks = 0;
-  int parts = 0;
-  int pins = 0;
-  int wires = 0;
-  int junctions = 0;
-  int aliases = 0;
-  int globals = 0;
-  int ports = 0;
-  int offPageConnectors = 0;
-  int busEntries = 0;
-  int graphics = 0;
-};
-
-struct SchematicSummary {
-  std::string name;
-  std::vector<PageSummary> pages;
-};
-
 // An occurrence of a hierarchical block, that is one that shows a schematic.
 struct BlockOccurrence {
   static constexpr std::size_t kTop = static_cast<std::size_t>(-1);
@@ -61,13 +39,11 @@ class Design final : public DboDesign {
   // The instance occurrence at a path such as "/BLK1/U3", or null.
   const DboInstOccurrence* FindOccurrence(std::string_view path) const;
   // The root schematic's name (empty for a design without schematics).
-  const std::string& rootName() const;
+  std::string_view rootName() const;
   std::size_t occurrenceCount() const;
   // Every block occurrence, depth-first from the root. Paths are not stored whole: a chain of
   // nested blocks would make them grow with the square of its depth.
   std::vector<BlockOccurrence> BlockOccurrences() const;
-  // Every schematic and page in document order, with their object counts.
-  std::vector<SchematicSummary> Summarize() const;
   // Everything the design holds, for writers of it.
   const detail::DesignData& data() const { return *data_; }
 

@@ -3,13 +3,12 @@
 // Everything an in-memory design holds. The reader fills one completely before a Design is
 // made of it, so no caller ever sees a design half loaded.
 
-#include <deque>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "model/design_storage.h"
 #include "model/graphics.h"
 #include "model/occurrences.h"
 #include "model/page_objects.h"
@@ -17,11 +16,13 @@
 namespace kalmor::model::detail {
 
 struct DesignData {
+  // The memory of the schematics, their objects, symbols and fonts (each distinct font once),
+  // made within a scope of it; it goes last.
+  Arena arena;
+
   std::string name;
-  std::vector<Schematic> schematics;             // in document order
-  const Schematic* root = nullptr;               // null when there are no schematics
-  std::vector<std::unique_ptr<Symbol>> symbols;  // named and inline
-  std::deque<LogFont> fonts;                     // each distinct font once
+  List<Schematic> schematics;       // in document order
+  const Schematic* root = nullptr;  // null when there are no schematics
 
   std::vector<Occurrence> occurrences;        // depth-first; the id is the index + 1
   std::vector<const Occurrence*> childTable;  // the root's children first

@@ -255,7 +255,7 @@ class DocumentWriter {
       if (uses[symbol] < 2) {
         continue;
       }
-      std::string name = symbol->name;
+      std::string name = symbol->name.str();
       while (name.empty() || !taken.insert(name).second) {
         name = "symbol" + std::to_string(next++);
       }
@@ -295,7 +295,7 @@ class DocumentWriter {
       out_.Key("type");
       out_.String(name);
     };
-    const auto points = [&](const std::vector<CPoint>& list) {
+    const auto points = [&](const List<CPoint>& list) {
       std::string text = "[";
       for (std::size_t i = 0; i < list.size(); ++i) {
         text += (i == 0 ? "" : ", ") + PointText(list[i]);
@@ -447,7 +447,7 @@ class DocumentWriter {
   }
 
   template <typename Item>
-  void WriteInstances(std::string_view key, const std::vector<Item>& items) {
+  void WriteInstances(std::string_view key, const List<Item>& items) {
     if (items.empty()) {
       return;
     }
@@ -523,9 +523,9 @@ class DocumentWriter {
       out_.Int(part.kind);
     }
     WritePlacedFields(part);
-    if (part.body.box() != part.symbol->bbox) {
+    if (part.body->box() != part.symbol->bbox) {
       out_.Key("bbox");
-      out_.Raw(RectText(part.body.box()));
+      out_.Raw(RectText(part.body->box()));
     }
     if (!part.schematicName.empty()) {
       out_.Key("schematic");

@@ -123,9 +123,9 @@ struct GraphicFields {
   uint32_t given = 0;
   CPoint start, end, location;
   CRect rect;
-  std::vector<CPoint> points;
+  List<CPoint> points;
   LineWidthT width = 0;
-  std::string text;
+  Text text;
   const LogFont* font = nullptr;
   RotationT rotation = 0;
   GraphicList members;
@@ -133,8 +133,8 @@ struct GraphicFields {
 };
 
 struct Graphic {
-  std::unique_ptr<DboBaseObject> object;  // null for a bare code on a page
-  int32_t type = 0;                       // the page code, or the bare code
+  DboBaseObject* object = nullptr;  // null for a bare code on a page
+  int32_t type = 0;                 // the page code, or the bare code
   RotationT rotation = 0;
   Extent extent;
 };
@@ -162,14 +162,14 @@ class DocumentReader {
   // Values shared by several objects
 
   // The string at the cursor as a name, or as a text the drawing shows.
-  std::string Text() { return DesignText(in_.StringView(), TextRole::kName); }
-  std::string ShownText() { return DesignText(in_.StringView(), TextRole::kShown); }
+  Text NameText() { return DesignText(in_.StringView(), TextRole::kName); }
+  Text ShownText() { return DesignText(in_.StringView(), TextRole::kShown); }
 
   const LogFont* Intern(const LogFont& font) {
     std::string key(reinterpret_cast<const char*>(&font), sizeof font);
     const auto [found, added] = fontIndex_.try_emplace(std::move(key), nullptr);
     if (added) {
-      found->second = &data_.fonts.emplace_back(font);
+      found->second = New<LogFont>(font);
     }
     return found->second;
   }
@@ -197,7 +197,7 @@ class DocumentReader {
   }
 
   void ReadFace(LogFont& font) {
-    const std::string face = Text();
+    const std::string face(NameText().view());
     if (face.size() > kMaxFaceBytes || face.find('\0') != std::string::npos) {
       in_.Fail("expected a face name of at most 31 bytes, got " + std::to_string(face.size()) +
                " bytes");
@@ -212,7 +212,7 @@ class DocumentReader {
       }
       return in_.Int32();
     }
-    const std::string word = Text();
+    const std::string word(NameText().view());
     constexpr std::pair<std::string_view, DisplayTypeT> kWords[] = {
         {"value", 1}, {"name_and_value", 2}, {"name", 3}, {"name_and_value_if_set", 4}};
     for (const auto& [name, type] : kWords) {
@@ -292,7 +292,7 @@ class DocumentReader {
 
   void ReadGraphicType(GraphicFields& fields) {
     if (in_.PeekKind() == Token::Kind::kString) {
-      fields.typeName = Text();
+      fields.typeName = NameText().view();
     } else if (in_.PeekInteger()) {
       fields.typeCode = in_.Int32();
     } else {
@@ -307,10 +307,10 @@ class DocumentReader {
       in_.Fail("vectors nested more than " + std::to_string(kMostVectorDepth) + " deep");
     }
     ++vectorDepth_;
-    in_.ListInto(fields.members, [&](std::unique_ptr<DboBaseObject>& member) {
-      Graphic graphic = ReadGraphic(true);
+    in_.ListInto(fields.members, [&](DboBaseObject*& member) {
+      const Graphic graphic = ReadGraphic(true);
       fields.membersExtent.Add(graphic.extent, CPoint{});
-      member = std::move(graphic.object);
+      member = graphic.object;
     });
     --vectorDepth_;
   }
@@ -330,9 +330,9 @@ class DocumentReader {
       }
       graphic.type = *fields.typeCode;
       if (inSymbol) {
-        auto raw = std::make_unique<RawObject>();
+        auto* raw = New<RawObject>();
         raw->type = *fields.typeCode;
-        graphic.object = std::move(raw);
+        graphic.object = raw;
       }
       return graphic;
     }
@@ -356,36 +356,36 @@ class DocumentReader {
     graphic.type = inSymbol ? 0 : info->pageType;
     switch (info->kind) {
       case GraphicKind::kLine: {
-        auto line = std::make_unique<LineShape>();
+        auto* line = New<LineShape>();
         line->start = fields.start;
         line->end = fields.end;
         line->width = fields.width;
         graphic.extent.Add(fields.start);
         graphic.extent.Add(fields.end);
-        graphic.object = std::move(line);
+        graphic.object = line;
         break;
       }
       case GraphicKind::kBox: {
-        auto box = std::make_unique<BoxShape>();
+        auto* box = New<BoxShape>();
         box->rect = fields.rect;
         box->width = fields.width;
-        graphic.object = std::move(box);
+        graphic.object = box;
         break;
       }
       case GraphicKind::kArc: {
-        auto arc = std::make_unique<ArcShape>();
+        auto* arc = New<ArcShape>();
         arc->rect = fields.rect;
         arc->start = fields.start;
         arc->end = fields.end;
         arc->width = fields.width;
-        graphic.object = std::move(arc);
+        graphic.object = arc;
         break;
       }
       case GraphicKind::kEllipse: {
-        auto ellipse = std::make_unique<EllipseShape>();
+        auto* ellipse = New<EllipseShape>();
         ellipse->rect = fields.rect;
         ellipse->width = fields.width;
-        graphic.object = std::move(ellipse);
+        graphic.object = ellipse;
         break;
       }
       case GraphicKind::kPolygon:
@@ -395,27 +395,27 @@ class DocumentReader {
         graphic.object = MakePointList<PolylineShape>(fields, graphic.extent);
         break;
       case GraphicKind::kText: {
-        auto text = std::make_unique<TextShape>();
+        auto* text = New<TextShape>();
         text->rect = fields.rect;
-        text->text = std::move(fields.text);
+        text->text = fields.text;
         text->font = fields.font != nullptr ? fields.font : defaultFont_;
         text->rotation = fields.rotation;
         graphic.rotation = fields.rotation;
-        graphic.object = std::move(text);
+        graphic.object = text;
         break;
       }
       case GraphicKind::kBitMap: {
-        auto bitmap = std::make_unique<BitMapShape>();
+        auto* bitmap = New<BitMapShape>();
         bitmap->rect = fields.rect;
-        graphic.object = std::move(bitmap);
+        graphic.object = bitmap;
         break;
       }
       case GraphicKind::kVector: {
-        auto vector = std::make_unique<VectorShape>();
+        auto* vector = New<VectorShape>();
         vector->location = fields.location;
         vector->members = std::move(fields.members);
         graphic.extent.Add(fields.membersExtent, fields.location);
-        graphic.object = std::move(vector);
+        graphic.object = vector;
         break;
       }
       case GraphicKind::kCode:
@@ -428,8 +428,8 @@ class DocumentReader {
   }
 
   template <typename Shape>
-  static std::unique_ptr<DboBaseObject> MakePointList(GraphicFields& fields, Extent& extent) {
-    auto shape = std::make_unique<Shape>();
+  static DboBaseObject* MakePointList(GraphicFields& fields, Extent& extent) {
+    auto* shape = New<Shape>();
     for (const CPoint& point : fields.points) {
       extent.Add(point);
     }
@@ -468,13 +468,13 @@ class DocumentReader {
     }
   }
 
-  Symbol& NewSymbol() { return *data_.symbols.emplace_back(std::make_unique<Symbol>()); }
+  static Symbol& NewSymbol() { return *New<Symbol>(); }
 
   void ReadVectors(Symbol& symbol, Extent& extent) {
-    in_.ListInto(symbol.vectors, [&](std::unique_ptr<DboBaseObject>& slot) {
-      Graphic vector = ReadGraphic(true);
+    in_.ListInto(symbol.vectors, [&](DboBaseObject*& slot) {
+      const Graphic vector = ReadGraphic(true);
       extent.Add(vector.extent, CPoint{});
-      slot = std::move(vector.object);
+      slot = vector.object;
     });
   }
 
@@ -483,7 +483,7 @@ class DocumentReader {
   // symbol, to be read into it when /symbols comes.
   const Symbol* ReadSymbolRef() {
     if (in_.PeekKind() == Token::Kind::kString) {
-      const std::string name = Text();
+      const std::string name(NameText().view());
       const auto found = symbolsByName_.find(name);
       if (found != symbolsByName_.end()) {
         return found->second.symbol;
@@ -512,7 +512,7 @@ class DocumentReader {
         in_.Expected("a symbol object");
       }
       auto [named, added] =
-          symbolsByName_.try_emplace(DesignText(name, TextRole::kName), NamedSymbol{});
+          symbolsByName_.try_emplace(DesignText(name, TextRole::kName).str(), NamedSymbol{});
       if (added) {
         named->second.symbol = &NewSymbol();
       } else if (named->second.pending) {
@@ -530,7 +530,7 @@ class DocumentReader {
   // Page objects
 
   template <typename Item>
-  void ReadInstances(std::vector<Item>& items) {
+  void ReadInstances(List<Item>& items) {
     static constexpr Field<Self, Item> kFields[] = {
         {"symbol", [](Self& r, Item& i) { i.symbol = r.ReadSymbolRef(); }, kRequired},
         {"location", [](Self& r, Item& i) { i.location = r.in_.Point(); }},
@@ -548,7 +548,7 @@ class DocumentReader {
       }
       return in_.Int32();
     }
-    const std::string kind = Text();
+    const std::string kind(NameText().view());
     if (kind == "part") {
       return dbo_type::kPartInst;
     }
@@ -573,7 +573,7 @@ class DocumentReader {
     static constexpr Field<Self, PinRead> kFields[] = {
         {"id",
          [](Self& r, PinRead& p) {
-           p.pin.id = r.Text();
+           p.pin.id = r.NameText();
            p.hasId = true;
          }},
         {"name", [](Self& r, PinRead& p) { p.pin.name = r.ShownText(); }},
@@ -646,8 +646,8 @@ class DocumentReader {
 
     bool AnyTwice(const Schematic& schematic) {
       std::sort(hashed.begin(), hashed.end());
-      const auto id = [&](const Hashed& entry) -> const std::string& {
-        return schematic.pages[entry.page].parts[entry.part].id;
+      const auto id = [&](const Hashed& entry) {
+        return schematic.pages[entry.page].parts[entry.part].id.view();
       };
       for (std::size_t i = 1; i < hashed.size(); ++i) {
         for (std::size_t j = i; j-- > 0 && hashed[j].hash == hashed[i].hash;) {
@@ -680,7 +680,7 @@ class DocumentReader {
         {"bbox", [](Self& r, PartRead& p) { p.bbox = r.in_.Rect(); }},
         {"schematic",
          [](Self& r, PartRead& p) {
-           p.part.schematicName = r.Text();
+           p.part.schematicName = r.NameText();
            p.hasSchematic = true;
          }},
         {"pin_names_visible",
@@ -694,8 +694,14 @@ class DocumentReader {
     };
     PartRead read{part, {}, false, std::nullopt};
     in_.Record(Fields<Self, PartRead>(kFields), *this, read);
-    part.body.own = read.bbox;
-    part.body.symbol = part.symbol;
+    if (read.bbox) {
+      auto* body = New<DefiningPart>();
+      body->own = read.bbox;
+      body->symbol = part.symbol;
+      part.body = body;
+    } else {
+      part.body = &part.symbol->asPart;
+    }
     if (read.hasSchematic) {
       if (part.kind != dbo_type::kBlockInst) {
         in_.FailAt("schematic", "only a part of kind \"block\" instantiates a schematic");
@@ -720,7 +726,7 @@ class DocumentReader {
   void ReadPartId(PartRead& read) {
     read.id = in_.StringView();
     read.part.id = DesignText(read.id, TextRole::kName);
-    if (read.part.id.empty() || read.part.id.find('/') != std::string::npos) {
+    if (read.id.empty() || read.id.find('/') != std::string_view::npos) {
       in_.Fail("expected a part id that is not empty and holds no \"/\", got " +
                Quoted(read.part.id));
     }
@@ -787,11 +793,11 @@ class DocumentReader {
     in_.Record(Fields<Self, Border>(kFields), *this, border);
   }
 
-  void ReadGraphics(std::vector<CommentGraphic>& graphics) {
+  void ReadGraphics(List<CommentGraphic>& graphics) {
     in_.ListInto(graphics, [&](CommentGraphic& graphic) {
       Graphic read = ReadGraphic(false);
       graphic.type = read.type;
-      graphic.shape = std::move(read.object);
+      graphic.shape = read.object;
       graphic.rotation = read.rotation;
       graphic.box = read.extent.rect();
     });
@@ -819,7 +825,7 @@ class DocumentReader {
 
   void ReadPage(Page& page, PartIds& ids, std::size_t schematic, std::size_t index) {
     static constexpr Field<Self, PageRead> kFields[] = {
-        {"name", [](Self& r, PageRead& p) { p.page.name = r.Text(); }, kRequired},
+        {"name", [](Self& r, PageRead& p) { p.page.name = r.NameText(); }, kRequired},
         {"pin_to_pin",
          [](Self& r, PageRead& p) {
            p.page.pinToPin = r.in_.Int32AtLeast(1, "a pin-to-pin value greater than 0");
@@ -855,9 +861,9 @@ class DocumentReader {
   }
 
   void ReadParts(PageRead& read) {
-    std::vector<PartInst>& parts = read.page.parts;
-    in_.ListInto(parts, [&](PartInst& part) {
-      ReadPart(part, read.ids, read.schematic, read.index, parts.size() - 1);
+    std::size_t index = 0;
+    in_.ListInto(read.page.parts, [&](PartInst& part) {
+      ReadPart(part, read.ids, read.schematic, read.index, index++);
     });
   }
 
@@ -869,7 +875,7 @@ class DocumentReader {
 
   void ReadSchematic(Schematic& schematic, std::size_t index) {
     static constexpr Field<Self, SchematicRead> kFields[] = {
-        {"name", [](Self& r, SchematicRead& s) { s.schematic.name = r.Text(); }, kRequired},
+        {"name", [](Self& r, SchematicRead& s) { s.schematic.name = r.NameText(); }, kRequired},
         {"pages", [](Self& r, SchematicRead& s) { r.ReadPages(s); }, kRequired},
     };
     SchematicRead read{schematic, index, {}};
@@ -883,11 +889,11 @@ class DocumentReader {
 
   void ReadPages(SchematicRead& read) {
     std::unordered_map<std::string, std::size_t> pageNames;
-    std::vector<Page>& pages = read.schematic.pages;
-    in_.GrowingListInto(pages, [&](Page& page) {
-      const std::size_t index = pages.size() - 1;
+    std::size_t next = 0;
+    in_.ListInto(read.schematic.pages, [&](Page& page) {
+      const std::size_t index = next++;
       ReadPage(page, read.ids, read.index, index);
-      if (const auto [first, added] = pageNames.emplace(page.name, index); !added) {
+      if (const auto [first, added] = pageNames.emplace(page.name.str(), index); !added) {
         in_.FailAt("name", "page name " + Quoted(page.name) +
                                " is used twice in this schematic (first at /schematics/" +
                                std::to_string(read.index) + "/pages/" +
@@ -907,8 +913,8 @@ class DocumentReader {
     static constexpr Field<Self, DesignData> kFields[] = {
         {"kalmor_design", [](Self& r, DesignData&) { r.ReadInTurn([&] { r.ReadVersion(); }); }},
         {"symbols", [](Self& r, DesignData&) { r.ReadInTurn([&] { r.ReadSymbols(); }); }},
-        {"name", [](Self& r, DesignData& d) { d.name = r.Text(); }, kRequired},
-        {"root", [](Self& r, DesignData&) { r.rootName_ = r.Text(); }},
+        {"name", [](Self& r, DesignData& d) { d.name = r.NameText().str(); }, kRequired},
+        {"root", [](Self& r, DesignData&) { r.rootName_ = r.NameText().str(); }},
         {"schematics", [](Self& r, DesignData&) { r.ReadSchematics(); }, kRequired},
     };
     if (in_.PeekKind() != Token::Kind::kObject) {
@@ -952,11 +958,11 @@ class DocumentReader {
 
   void ReadSchematics() {
     std::unordered_map<std::string, std::size_t> schematicNames;
-    std::vector<Schematic>& schematics = data_.schematics;
-    in_.GrowingListInto(schematics, [&](Schematic& schematic) {
-      const std::size_t index = schematics.size() - 1;
+    std::size_t next = 0;
+    in_.ListInto(data_.schematics, [&](Schematic& schematic) {
+      const std::size_t index = next++;
       ReadSchematic(schematic, index);
-      if (const auto [first, added] = schematicNames.emplace(schematic.name, index); !added) {
+      if (const auto [first, added] = schematicNames.emplace(schematic.name.str(), index); !added) {
         in_.FailAt("name", "schematic name " + Quoted(schematic.name) +
                                " is used twice (first at /schematics/" +
                                std::to_string(first->second) + ")");
@@ -985,6 +991,7 @@ class DocumentReader {
 
 template <typename In>
 void ReadDesign(In& in, DesignData& data) {
+  const Arena::Scope scope(data.arena);
   DocumentReader<In>(in, data).Read();
 }
 

@@ -4,10 +4,10 @@
 // values, ids, texts, face names, occurrence paths) passes through DesignText, so that what the
 // design holds is decided in one place, whichever reader found it.
 
-#include <string>
 #include <string_view>
 
 #include "kalmor/host_text.h"
+#include "model/design_storage.h"
 
 namespace kalmor::model::detail {
 
@@ -16,9 +16,17 @@ enum class TextRole {
   kShown,  // shown in the drawing: the host's text (see kalmor/host_text.h)
 };
 
-// The design's text for the UTF-8 of a document string, escapes already resolved.
-inline std::string DesignText(std::string_view utf8, TextRole role) {
-  return role == TextRole::kShown ? HostTextFromUtf8(utf8) : std::string(utf8);
+// The design's text for the UTF-8 of a document string, escapes already resolved. ASCII, most
+// of any design, is the same in the host's text.
+inline Text DesignText(std::string_view utf8, TextRole role) {
+  if (role == TextRole::kShown) {
+    for (const char c : utf8) {
+      if (static_cast<unsigned char>(c) >= 0x80) {
+        return Text(HostTextFromUtf8(utf8));
+      }
+    }
+  }
+  return Text(utf8);
 }
 
 }  // namespace kalmor::model::detail

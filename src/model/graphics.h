@@ -3,11 +3,10 @@
 // The graphic primitives of the in-memory design (a symbol's vectors, and the shapes of free
 // page graphics) and the symbols that hold them.
 
-#include <memory>
-#include <string>
-#include <vector>
+#include <optional>
 
 #include "kalmor/dbo.h"
+#include "model/design_storage.h"
 
 namespace kalmor::model::detail {
 
@@ -30,7 +29,8 @@ inline constexpr int32_t kInstOccurrence = 15;
 inline constexpr int32_t kPortOccurrence = 16;
 }  // namespace model_type
 
-using GraphicList = std::vector<std::unique_ptr<DboBaseObject>>;
+// Graphic primitives, made in the design's arena.
+using GraphicList = List<DboBaseObject*>;
 
 struct LineShape final : DboLine {
   CPoint start, end;
@@ -71,7 +71,7 @@ struct EllipseShape final : DboEllipse {
 // Polygons and polylines differ only in their class and code.
 template <typename Base, int32_t kType>
 struct PointListShape final : Base {
-  std::vector<CPoint> points;
+  List<CPoint> points;
   LineWidthT width = 0;
   int32_t GetObjectType(DboState&) const override { return kType; }
   LineWidthT GetLineWidth(DboState&) const override { return width; }
@@ -82,13 +82,13 @@ using PolylineShape = PointListShape<DboPolyline, dbo_type::kPolyline>;
 
 struct TextShape final : DboCommentText {
   CRect rect;
-  std::string text;
+  Text text;
   const LogFont* font = nullptr;
   RotationT rotation = 0;  // shown through the page graphic that holds the text
   int32_t GetObjectType(DboState&) const override { return dbo_type::kCommentText; }
   CRect GetBoundingBox(DboState&) const override { return rect; }
   void GetFont(LogFont& out, DboState&) const override { out = *font; }
-  void GetText(std::string& out, DboState&) const override { out = text; }
+  void GetText(std::string& out, DboState&) const override { out = text.view(); }
 };
 
 struct BitMapShape final : DboBitMap {
@@ -111,15 +111,39 @@ struct RawObject final : DboBaseObject {
   int32_t GetObjectType(DboState&) const override { return type; }
 };
 
+struct Symbol;
+
+// What a part's defining part answers: the part's body box (its own, or else its symbol's),
+// over its symbol's vectors.
+struct DefiningPart final : DboGraphicObject {
+  std::optional<CRect> own;
+  const Symbol* symbol = nullptr;
+
+  CRect box() const;
+  int32_t GetObjectType(DboState&) const override { return model_type::kSymbol; }
+  CRect GetBoundingBox(DboState&) const override { return box(); }
+  std::unique_ptr<DboGraphicObjectVectorsIter> NewVectorsIter(int32_t mode,
+                                                              DboState& state) const override;
+};
+
 // A defining graphic object: a box and the vectors drawn in it.
 struct Symbol final : DboGraphicObject {
-  std::string name;  // a name to give it when the design is written out; may be empty
+  Text name;  // a name to give it when the design is written out; may be empty
   CRect bbox;
   GraphicList vectors;
+  DefiningPart asPart;  // the defining part of the parts that keep its box
+
+  Symbol() { asPart.symbol = this; }
+  Symbol(const Symbol&) = delete;
+  Symbol& operator=(const Symbol&) = delete;
   int32_t GetObjectType(DboState&) const override { return model_type::kSymbol; }
   CRect GetBoundingBox(DboState&) const override { return bbox; }
   std::unique_ptr<DboGraphicObjectVectorsIter> NewVectorsIter(int32_t mode,
                                                               DboState& state) const override;
 };
+
+inline CRect DefiningPart::box() const {
+  return own ? *own : symbol->bbox;
+}
 
 }  // namespace kalmor::model::detail

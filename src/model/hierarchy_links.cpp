@@ -28,7 +28,7 @@ class HierarchyLinker {
     } else if (!data_.schematics.empty()) {
       data_.root = &data_.schematics.front();
     }
-    SetOwners();
+    LinkParts();
     std::unordered_map<std::string_view, const Schematic*> byName;
     for (const Schematic& schematic : data_.schematics) {
       byName.emplace(schematic.name, &schematic);
@@ -66,38 +66,21 @@ class HierarchyLinker {
     return data_.schematics[block.schematic].pages[block.page].parts[block.part];
   }
 
-  void SetOwners() {
-    const auto own = [](DisplayPropList& props, const DboBaseObject* owner) {
-      for (DisplayProp& prop : props) {
-        prop.owner = owner;
-      }
-    };
+  void LinkParts() {
     for (Schematic& schematic : data_.schematics) {
+      std::size_t parts = 0;
+      for (const Page& page : schematic.pages) {
+        parts += page.parts.size();
+      }
+      schematic.parts.reserve(parts);
       for (Page& page : schematic.pages) {
-        for (TitleBlock& block : page.titleBlocks) {
-          own(block.properties, &block);
-        }
         for (PartInst& part : page.parts) {
-          own(part.properties, &part);
           part.schematic = &schematic;
           part.ordinal = static_cast<uint32_t>(schematic.parts.size());
           schematic.parts.push_back(&part);
           for (Pin& pin : part.pins) {
             pin.owner = &part;
-            own(pin.properties, &pin);
           }
-        }
-        for (Wire& wire : page.wires) {
-          own(wire.properties, &wire);
-        }
-        for (Global& global : page.globals) {
-          own(global.properties, &global);
-        }
-        for (Port& port : page.ports) {
-          own(port.properties, &port);
-        }
-        for (OffPageConnector& connector : page.offPageConnectors) {
-          own(connector.properties, &connector);
         }
       }
     }
@@ -189,7 +172,7 @@ class HierarchyLinker {
   }
 
   template <typename Item, typename Where>
-  void ResolveCollection(std::vector<Item>& items, const Schematic& schematic, Where&& where) {
+  void ResolveCollection(List<Item>& items, const Schematic& schematic, Where&& where) {
     for (std::size_t i = 0; i < items.size(); ++i) {
       ResolveProperties(items[i].properties, schematic,
                         [&] { return where() + std::to_string(i) + "/properties/"; });
@@ -209,7 +192,7 @@ class HierarchyLinker {
   }
 
   template <typename Entry, typename Where, typename Fits, typename Complaint>
-  void ResolveKeys(std::vector<Entry>& entries, Where&& where, Fits&& fits, Complaint&& complaint) {
+  void ResolveKeys(List<Entry>& entries, Where&& where, Fits&& fits, Complaint&& complaint) {
     if (entries.empty()) {
       return;
     }

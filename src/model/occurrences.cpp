@@ -36,6 +36,10 @@ const DboInstOccurrence* Occurrence::GetInstOccurrence(const DboPartInst* inst,
   return children[placed->ordinal];
 }
 
+std::span<const Occurrence* const> Occurrence::Children() const {
+  return {children, contents != nullptr ? contents->parts.size() : 0};
+}
+
 const DboPortOccurrence* Occurrence::GetPortOccurrence(const DboPortInst* pin,
                                                        DboState& state) const {
   const auto* own = dynamic_cast<const Pin*>(pin);
@@ -43,7 +47,10 @@ const DboPortOccurrence* Occurrence::GetPortOccurrence(const DboPortInst* pin,
     state.SetFailed();
     return nullptr;
   }
-  PortOccurrence& port = ports[own];
+  if (ports == nullptr) {
+    ports = std::make_unique<PortOccurrence[]>(part->pins.size());
+  }
+  PortOccurrence& port = ports[static_cast<std::size_t>(own - part->pins.data())];
   port.occurrence = this;
   port.pin = own;
   return &port;
@@ -119,7 +126,7 @@ void BuildOccurrences(DesignData& data) {
     if (part->contents != nullptr) {
       const std::size_t base = data.childTable.size();
       data.childTable.resize(base + part->contents->parts.size());
-      occurrence.children = {data.childTable.data() + base, part->contents->parts.size()};
+      occurrence.children = data.childTable.data() + base;
       stack.push_back({part->contents, &occurrence, 0, base});
     }
   }
@@ -152,7 +159,7 @@ const Occurrence* FindOccurrenceByPath(const DesignData& data, std::string_view 
     }
     found = children[ordinal->second];
     schematic = found->contents;
-    children = found->children;
+    children = found->Children();
   }
   return found;
 }

@@ -3,7 +3,7 @@
 // The derived hierarchy of the in-memory design: one instance occurrence per part placed,
 // through every block, below the root schematic.
 
-#include <map>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -29,9 +29,12 @@ struct Occurrence final : DboInstOccurrence {
   DboDesignOccurrenceId id = 0;
   const Occurrence* parent = nullptr;  // null below the root
   const PartInst* part = nullptr;
-  const Schematic* contents = nullptr;                 // null for a primitive occurrence
-  std::span<const Occurrence* const> children;         // by the placed part's ordinal
-  mutable std::map<const Pin*, PortOccurrence> ports;  // made when first asked for
+  const Schematic* contents = nullptr;  // null for a primitive occurrence
+  // By the placed part's ordinal, one per part of `contents`.
+  const Occurrence* const* children = nullptr;
+  mutable std::unique_ptr<PortOccurrence[]> ports;  // by pin, made when first asked for
+
+  std::span<const Occurrence* const> Children() const;
 
   int32_t GetObjectType(DboState&) const override { return model_type::kInstOccurrence; }
   bool IsPrimitive(DboState&) const override { return contents == nullptr; }

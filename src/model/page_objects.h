@@ -3,11 +3,12 @@
 // The objects of a schematic page in the in-memory design: placed instances, parts and their
 // pins, wires, connectors, free graphics, and the display properties they carry.
 
+#include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "kalmor/dbo.h"
+#include "model/design_storage.h"
 #include "model/graphics.h"
 
 namespace kalmor::model::detail {
@@ -17,35 +18,34 @@ struct Schematic;
 // One value of a property (or one pin name and number) seen through a single occurrence.
 // `path` is as the document wrote it; `id` is filled in once the hierarchy is known.
 struct OccurrenceValue {
-  std::string path;
+  Text path;
   DboDesignOccurrenceId id = 0;
-  std::string value;
+  Text value;
 };
 struct OccurrencePinText {
-  std::string path;
+  Text path;
   DboDesignOccurrenceId id = 0;
-  std::string name;
-  std::string number;
+  Text name;
+  Text number;
 };
 
 // Finds the entry for an occurrence id in a list sorted by id, or null.
 template <typename T>
-const T* FindForOccurrence(const std::vector<T>& entries, DboDesignOccurrenceId id);
+const T* FindForOccurrence(const List<T>& entries, DboDesignOccurrenceId id);
 
 struct DisplayProp final : DboDisplayProp {
-  std::string name;
-  std::string value;
-  DisplayTypeT display = 1;
-  CPoint location;
-  RotationT rotation = 0;
+  Text name;
+  Text value;
   const LogFont* font = nullptr;
+  List<OccurrenceValue> values;  // sorted by id
+  CPoint location;
   std::optional<CRect> extent;  // as the document gives it; measured when the design is made
-  std::vector<OccurrenceValue> values;  // sorted by id
-  const DboBaseObject* owner = nullptr;
+  DisplayTypeT display = 1;
+  RotationT rotation = 0;
 
   int32_t GetObjectType(DboState&) const override { return model_type::kDisplayProp; }
   DisplayTypeT GetDisplayType(DboState&) const override { return display; }
-  void GetName(std::string& out, DboState&) const override { out = name; }
+  void GetName(std::string& out, DboState&) const override { out = name.view(); }
   void GetValueString(std::string& out, const DboInstOccurrence* occurrence,
                       DboState& state) const override;
   void GetValueStringForOccurrence(DboDesignOccurrenceId id, std::string& out,
@@ -53,10 +53,11 @@ struct DisplayProp final : DboDisplayProp {
   CPoint GetLocation(DboState&) const override { return location; }
   RotationT GetRotation(DboState&) const override { return rotation; }
   void GetFont(int32_t, LogFont& out, DboState&) const override { out = *font; }
-  const DboBaseObject* GetOwner(DboState&) const override { return owner; }
+  // The export never asks; the model does not keep it.
+  const DboBaseObject* GetOwner(DboState& state) const override;
   CRect GetBoundingBox(DboState& state) const override;
 };
-using DisplayPropList = std::vector<DisplayProp>;
+using DisplayPropList = List<DisplayProp>;
 
 // The fields every placed graphic instance shares, over the host class it implements.
 template <typename Base, int32_t kType>
@@ -83,25 +84,25 @@ using OffPageConnector = Placed<DboOffPageConnector, model_type::kOffPageConnect
 struct PartInst;
 
 struct Pin final : DboPortInst {
-  std::string id;
-  std::string name;
-  std::string number;
+  Text id;
+  Text name;
+  Text number;
   CPoint start, end;
+  DisplayPropList properties;
+  List<OccurrencePinText> occurrences;  // sorted by id
+  const PartInst* owner = nullptr;
+  int32_t blockKind = 0;
   bool visible = true;
   bool noConnect = false;
   bool dot = false;
   bool clock = false;
-  int32_t blockKind = 0;
-  DisplayPropList properties;
-  std::vector<OccurrencePinText> occurrences;  // sorted by id
-  const PartInst* owner = nullptr;
 
   int32_t GetObjectType(DboState&) const override { return model_type::kPin; }
   CPoint GetStartPoint(DboState&) const override { return start; }
   CPoint GetEndPoint(DboState&) const override { return end; }
   int32_t GetIsVisible(DboState&) const override { return visible ? 1 : 0; }
-  void GetPinName(std::string& out, DboState&) const override { out = name; }
-  void GetPinNumber(std::string& out, DboState&) const override { out = number; }
+  void GetPinName(std::string& out, DboState&) const override { out = name.view(); }
+  void GetPinNumber(std::string& out, DboState&) const override { out = number.view(); }
   int32_t GetIsNoConnect(DboState&) const override { return noConnect ? 1 : 0; }
   int32_t GetBlockPinKind(DboState&) const override { return blockKind; }
   int32_t GetIsDot(DboState&) const override { return dot ? 1 : 0; }
@@ -110,35 +111,22 @@ struct Pin final : DboPortInst {
   std::unique_ptr<DboDisplayPropsIter> NewDisplayPropsIter(DboState& state) const override;
 };
 
-// What a part's defining part answers: the part's body box (its own, or else its symbol's),
-// over its symbol's vectors.
-struct DefiningPart final : DboGraphicObject {
-  std::optional<CRect> own;
-  const Symbol* symbol = nullptr;
-  CRect box() const { return own ? *own : symbol->bbox; }
-  int32_t GetObjectType(DboState&) const override { return model_type::kSymbol; }
-  CRect GetBoundingBox(DboState&) const override { return box(); }
-  std::unique_ptr<DboGraphicObjectVectorsIter> NewVectorsIter(int32_t mode,
-                                                              DboState& state) const override {
-    return symbol->NewVectorsIter(mode, state);
-  }
-};
-
 struct PartInst final : Placed<DboPartInst, dbo_type::kPartInst> {
-  std::string id;
-  int32_t kind = dbo_type::kPartInst;
-  DefiningPart body;
-  std::string schematicName;            // blocks only; empty when none was given
+  Text id;
+  // The symbol's own defining part, or one of the part's own with another box.
+  const DefiningPart* body = nullptr;
+  Text schematicName;                   // blocks only; empty when none was given
   const Schematic* contents = nullptr;  // the schematic that schematicName names
+  List<Pin> pins;
+  const Schematic* schematic = nullptr;  // where the part is placed
+  int32_t kind = dbo_type::kPartInst;
+  uint32_t ordinal = 0;  // its place among the parts of that schematic
   bool pinNamesVisible = true;
   bool pinNumbersVisible = true;
-  std::vector<Pin> pins;
-  const Schematic* schematic = nullptr;  // where the part is placed
-  uint32_t ordinal = 0;                  // its place among the parts of that schematic
 
   int32_t GetObjectType(DboState&) const override { return kind; }
-  CRect GetBoundingBox(DboState&) const override { return body.box(); }
-  const DboGraphicObject* GetDefiningPart(DboState&) const override { return &body; }
+  CRect GetBoundingBox(DboState&) const override { return body->box(); }
+  const DboGraphicObject* GetDefiningPart(DboState&) const override { return body; }
   int32_t GetPinNamesAreVisible(DboState&) const override { return pinNamesVisible ? 1 : 0; }
   int32_t GetPinNumbersAreVisible(DboState&) const override { return pinNumbersVisible ? 1 : 0; }
   std::unique_ptr<DboPartInstPinsIter> NewPinsIter(int32_t mode, int32_t flag,
@@ -146,23 +134,23 @@ struct PartInst final : Placed<DboPartInst, dbo_type::kPartInst> {
 };
 
 struct Alias final : DboAlias {
-  std::string name;
+  Text name;
   CPoint location;
-  RotationT rotation = 0;
   const LogFont* font = nullptr;
+  RotationT rotation = 0;
   int32_t GetObjectType(DboState&) const override { return model_type::kAlias; }
   CPoint GetLocation(DboState&) const override { return location; }
   RotationT GetRotation(DboState&) const override { return rotation; }
-  void GetName(std::string& out, DboState&) const override { out = name; }
+  void GetName(std::string& out, DboState&) const override { out = name.view(); }
   void GetFont(LogFont& out, DboState&) const override { out = *font; }
 };
 
 struct Wire final : DboWire {
   CPoint start, end;
-  bool bus = false;
   DisplayPropList properties;
-  std::vector<CPoint> junctions;
-  std::vector<Alias> aliases;
+  List<CPoint> junctions;
+  List<Alias> aliases;
+  bool bus = false;
   int32_t GetObjectType(DboState&) const override { return bus ? dbo_type::kBus : dbo_type::kWire; }
   CPoint GetStartPoint(DboState&) const override { return start; }
   CPoint GetEndPoint(DboState&) const override { return end; }
@@ -181,10 +169,10 @@ struct BusEntry final : DboBusEntry {
 // A free graphic on a page: its code (55 to 62, or any code given as a number) and the
 // primitive holding its geometry in page coordinates (none for a bare code).
 struct CommentGraphic final : DboCommentGraphic {
+  const DboBaseObject* shape = nullptr;
+  CRect box;  // the extent of the shape
   int32_t type = 0;
-  std::unique_ptr<DboBaseObject> shape;
   RotationT rotation = 0;  // comment text only
-  CRect box;               // the extent of the shape
 
   int32_t GetObjectType(DboState&) const override { return type; }
   RotationT GetRotation(DboState&) const override { return rotation; }
@@ -212,23 +200,23 @@ struct Border {
 };
 
 struct Page final : DboPage {
-  std::string name;
+  Text name;
   int32_t pinToPin = 100;
   int32_t width = 11000;
   int32_t height = 8500;
   double pinToPinScaleFactor = 1.0;
   Border border;
-  std::vector<TitleBlock> titleBlocks;
-  std::vector<PartInst> parts;
-  std::vector<Wire> wires;
-  std::vector<Global> globals;
-  std::vector<Port> ports;
-  std::vector<OffPageConnector> offPageConnectors;
-  std::vector<BusEntry> busEntries;
-  std::vector<CommentGraphic> graphics;
+  List<TitleBlock> titleBlocks;
+  List<PartInst> parts;
+  List<Wire> wires;
+  List<Global> globals;
+  List<Port> ports;
+  List<OffPageConnector> offPageConnectors;
+  List<BusEntry> busEntries;
+  List<CommentGraphic> graphics;
 
   int32_t GetObjectType(DboState&) const override { return model_type::kPage; }
-  void GetName(std::string& out, DboState&) const override { out = name; }
+  void GetName(std::string& out, DboState&) const override { out = name.view(); }
   int32_t GetPinToPin(DboState&) const override { return pinToPin; }
   int32_t GetPageWidth(DboState&) const override { return width; }
   int32_t GetPageHeight(DboState&) const override { return height; }
@@ -273,18 +261,18 @@ struct Page final : DboPage {
 };
 
 struct Schematic final : DboSchematic {
-  std::string name;
-  std::vector<Page> pages;
-  std::vector<const PartInst*> parts;  // of every page, in page then part order
+  Text name;
+  List<Page> pages;
+  List<const PartInst*> parts;  // of every page, in page then part order
 
   int32_t GetObjectType(DboState&) const override { return model_type::kSchematic; }
-  void GetName(std::string& out, DboState&) const override { out = name; }
+  void GetName(std::string& out, DboState&) const override { out = name.view(); }
   const DboSchematic* AsSchematic() const override { return this; }
   std::unique_ptr<DboSchematicPagesIter> NewPagesIter(DboState& state) const override;
 };
 
 // Gives every display property without an extent the measured extent of the text its plain
 // value shows. Throws EnvironmentError when no font can be loaded.
-void MeasureDisplayProps(std::vector<Schematic>& schematics);
+void MeasureDisplayProps(List<Schematic>& schematics);
 
 }  // namespace kalmor::model::detail

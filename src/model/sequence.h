@@ -6,6 +6,9 @@
 #include <memory>
 #include <new>
 #include <span>
+#include <type_traits>
+
+#include "kalmor/dbo.h"
 
 namespace kalmor::model::detail {
 
@@ -14,8 +17,8 @@ const T* AddressOf(const T& item) {
   return &item;
 }
 template <typename T>
-const T* AddressOf(const std::unique_ptr<T>& item) {
-  return item.get();
+const T* AddressOf(T* const& item) {
+  return item;
 }
 
 // The next item of a list on each call, then null.
@@ -73,5 +76,57 @@ class Recycled {
     return shelf;
   }
 };
+
+// Hands out a list's items one per call, as every host iterator of kalmor/dbo.h does. Each
+// iterator interface names its one operation differently (NextWire, NextPin, Next...); this one
+// adapter defines them all, and the one its interface declares overrides it. The others are
+// plain functions that nothing calls, and so are never compiled.
+template <typename Interface, typename Item>
+class ListIter final : public Interface, public Recycled<ListIter<Interface, Item>> {
+ public:
+  explicit ListIter(std::span<const Item> items) : items_(items) {}
+
+  const DboInstOccurrence* NextOccurrence(DboState&) { return items_.Next(); }
+  const DboView* NextView(DboState&) { return items_.Next(); }
+  const DboPage* NextPage(DboState&) { return items_.Next(); }
+  const DboDisplayProp* NextProp(DboState&) { return items_.Next(); }
+  const DboTitleBlock* NextTitleBlock(DboState&) { return items_.Next(); }
+  const DboPartInst* NextPartInst(DboState&) { return items_.Next(); }
+  const DboWire* NextWire(DboState&) { return items_.Next(); }
+  const DboGlobal* NextGlobal(DboState&) { return items_.Next(); }
+  const DboPort* NextPort(DboState&) { return items_.Next(); }
+  const DboOffPageConnector* NextOffPageConnector(DboState&) { return items_.Next(); }
+  const DboBusEntry* NextBusEntry(DboState&) { return items_.Next(); }
+  const DboGraphicInstance* NextCommentGraphic(DboState&) { return items_.Next(); }
+  const DboPortInst* NextPin(DboState&) { return items_.Next(); }
+  const DboAlias* NextAlias(DboState&) { return items_.Next(); }
+  // A symbol vector's members also say in the status that they have come to an end.
+  const DboBaseObject* NextVector(DboState& state) {
+    const DboBaseObject* next = items_.Next();
+    if (next == nullptr && std::is_same_v<Interface, DboSymbolVectorVectorsIter>) {
+      state.SetFailed();
+    }
+    return next;
+  }
+  bool NextJunction(CPoint& point, DboState&) { return Take(point); }
+  DboState Next(CPoint& point) { return Take(point) ? DboState() : DboState(DboState::kFailed); }
+
+ private:
+  bool Take(CPoint& point) {
+    const CPoint* next = items_.Next();
+    if (next != nullptr) {
+      point = *next;
+    }
+    return next != nullptr;
+  }
+
+  Sequence<Item> items_;
+};
+
+// A new iterator of `Interface` over `items`.
+template <typename Interface, typename Item>
+std::unique_ptr<Interface> NewListIter(std::span<const Item> items) {
+  return std::make_unique<ListIter<Interface, Item>>(items);
+}
 
 }  // namespace kalmor::model::detail

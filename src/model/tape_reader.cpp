@@ -246,7 +246,7 @@ CRect TapeReader::Rect() {
   return {values[0], values[1], values[2], values[3]};
 }
 
-void TapeReader::Points(std::vector<CPoint>& points) {
+void TapeReader::Points(detail::List<CPoint>& points) {
   ListInto(points, [&](CPoint& point) { point = Point(); });
 }
 

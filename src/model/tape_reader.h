@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "kalmor/types.h"
+#include "model/design_storage.h"
 #include "model/document_fault.h"
 #include "model/json_tape.h"
 #include "model/record_fields.h"
@@ -54,15 +55,11 @@ class TapeReader {
   // that is not a field, a field given twice and a missing required field are refused.
   template <typename Reader, typename Target>
   void Record(Fields<Reader, Target> fields, Reader& reader, Target& target);
-  // An array of objects read one by one into `items`.
+  // An array of objects read one by one into `items`, made at its size.
   template <typename T, typename Read>
-  void ListInto(std::vector<T>& items, Read&& read) {
+  void ListInto(detail::List<T>& items, Read&& read) {
     items.reserve(items.size() + ListSize());
     List([&](std::size_t) { read(items.emplace_back()); });
-  }
-  template <typename T, typename Read>
-  void GrowingListInto(std::vector<T>& items, Read&& read) {
-    ListInto(items, std::forward<Read>(read));
   }
   // An object whose member names are free (a map): `entry(key)` reads each value.
   template <typename Entry>
@@ -88,7 +85,7 @@ class TapeReader {
   std::string_view StringView();
   CPoint Point();
   CRect Rect();
-  void Points(std::vector<CPoint>& points);
+  void Points(detail::List<CPoint>& points);
 
  private:
   std::size_t ListSize() const;

@@ -367,7 +367,7 @@ CRect TextReader::Rect() {
   return {values[0], values[1], values[2], values[3]};
 }
 
-void TextReader::Points(std::vector<CPoint>& points) {
+void TextReader::Points(detail::List<CPoint>& points) {
   ListInto(points, [&](CPoint& point) { point = Point(); });
 }
 

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "kalmor/types.h"
+#include "model/design_storage.h"
 #include "model/json_tape.h"
 #include "model/record_fields.h"
 
@@ -44,14 +45,16 @@ class TextReader {
 
   template <typename Reader, typename Target>
   void Record(Fields<Reader, Target> fields, Reader& reader, Target& target);
-  // An array of objects read one by one into `items`.
+  // An array of objects read one by one into `items`. Its length is known only at its end, so
+  // the objects are read into a vector first and then moved into a list of exactly their number.
   template <typename T, typename Read>
-  void ListInto(std::vector<T>& items, Read&& read) {
-    List([&](std::size_t) { read(items.emplace_back()); });
-  }
-  template <typename T, typename Read>
-  void GrowingListInto(std::vector<T>& items, Read&& read) {
-    ListInto(items, std::forward<Read>(read));
+  void ListInto(detail::List<T>& items, Read&& read) {
+    std::vector<T> read_items;
+    List([&](std::size_t) { read(read_items.emplace_back()); });
+    items.reserve(items.size() + read_items.size());
+    for (T& item : read_items) {
+      items.emplace_back(std::move(item));
+    }
   }
   template <typename Entry>
   void Map(Entry&& entry);
@@ -74,7 +77,7 @@ class TextReader {
   std::string_view StringView();
   CPoint Point();
   CRect Rect();
-  void Points(std::vector<CPoint>& points);
+  void Points(detail::List<CPoint>& points);
 
  private:
   [[noreturn]] static void Miss() { throw LeftToCarefulReader{}; }

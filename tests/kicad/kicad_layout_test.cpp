@@ -63,7 +63,7 @@ TEST(SymbolPlacement, EveryOrientationLandsWhereKiCadDrawsIt) {
       // Placed the way the page walk places a part: its box turned and moved, then flipped on
       // a page 1000 units high.
       constexpr int32_t kHeight = 1000;
-      const CRect rect = PlaceInstanceBox(part.body.box(), part.rotation, part.location, kHeight);
+      const CRect rect = PlaceInstanceBox(part.body->box(), part.rotation, part.location, kHeight);
       const auto& outline =
           dynamic_cast<const model::detail::PolylineShape&>(*part.symbol->vectors.at(0));
       ASSERT_EQ(outline.points.size(), 4u);

@@ -27,7 +27,7 @@ using ::testing::HasSubstr;
 std::vector<std::string> Shown(const model::detail::DisplayPropList& props) {
   std::vector<std::string> texts;
   for (const DisplayProp& prop : props) {
-    texts.push_back(prop.value);
+    texts.push_back(prop.value.str());
   }
   return texts;
 }
@@ -86,7 +86,7 @@ TEST_F(NewerFormats, SheetsAreBlocksWithTheirPins) {
   const PartInst& a = Part(root(), "CH_A");
   EXPECT_EQ(a.kind, dbo_type::kBlockInst);
   EXPECT_EQ(a.schematicName, "channel");
-  EXPECT_EQ(a.body.box(), (CRect{0, 0, 80, 50}));
+  EXPECT_EQ(a.body->box(), (CRect{0, 0, 80, 50}));
   ASSERT_EQ(a.pins.size(), 2u);
   EXPECT_EQ(a.pins[0].name, "IN");
   EXPECT_EQ(a.pins[0].start, (CPoint{a.location.x, 128}));  // on the left edge, at 44.45 mm
@@ -143,7 +143,8 @@ TEST_F(NewerFormats, WiresCarryLabelsAndJunctions) {
   EXPECT_TRUE(root().wires[2].bus);
   ASSERT_EQ(root().wires[0].aliases.size(), 1u);
   EXPECT_EQ(root().wires[0].aliases[0].name, "NET_A");
-  EXPECT_EQ(root().wires[0].junctions, (std::vector<CPoint>{{253, 203}}));
+  EXPECT_EQ(std::vector<CPoint>(root().wires[0].junctions.begin(), root().wires[0].junctions.end()),
+            (std::vector<CPoint>{{253, 203}}));
   ASSERT_EQ(root().wires[2].aliases.size(), 1u);
   EXPECT_EQ(root().wires[2].aliases[0].name, "D/BUS");
   EXPECT_EQ(root().wires[2].aliases[0].rotation, 1);
@@ -161,8 +162,8 @@ TEST_F(NewerFormats, TextsExpandVariablesAndGraphicsKeepTheirKinds) {
   std::map<int32_t, int> kinds;
   for (const auto& graphic : root().graphics) {
     ++kinds[graphic.type];
-    if (const auto* text = dynamic_cast<const model::detail::TextShape*>(graphic.shape.get())) {
-      texts.push_back(text->text);
+    if (const auto* text = dynamic_cast<const model::detail::TextShape*>(graphic.shape)) {
+      texts.push_back(text->text.str());
     }
     if (graphic.type == dbo_type::kGraphicBitMapInst) {
       EXPECT_EQ(graphic.box.right - graphic.box.left, 50);  // 25.4 mm at scale 0.5

@@ -19,6 +19,12 @@ namespace {
 using model::detail::ArcShape;
 using model::detail::GraphicList;
 
+// The shapes are made in a design's arena.
+struct InArena {
+  model::detail::Arena arena;
+  model::detail::Arena::Scope scope{arena};
+};
+
 // The sweep of an arc primitive as the drawing shows it (y upward), counter-clockwise positive.
 double DrawnSweep(const ArcShape& arc) {
   const double cx = (arc.rect.left + arc.rect.right) / 2.0;
@@ -29,6 +35,7 @@ double DrawnSweep(const ArcShape& arc) {
 }
 
 TEST(ShapePrimitives, LongSymbolArcsComeInPiecesAndPageArcsRunCounterClockwise) {
+  const InArena arena;
   struct Case {
     Vec mid;
     bool inSymbol;
@@ -71,6 +78,7 @@ TEST(ShapePrimitives, LongSymbolArcsComeInPiecesAndPageArcsRunCounterClockwise) 
 }
 
 TEST(ShapePrimitives, KindsWidthsAndLibraryAxes) {
+  const InArena arena;
   struct Case {
     Shape::Kind kind;
     std::vector<Vec> points;
@@ -118,7 +126,7 @@ TEST(ShapePrimitives, KindsWidthsAndLibraryAxes) {
     DboState state;
     EXPECT_EQ(out[0]->GetObjectType(state), c.type);
     EXPECT_EQ(PrimitiveExtent(*out[0]).top, c.top);
-    const auto* widened = dynamic_cast<const model::detail::PolylineShape*>(out[0].get());
+    const auto* widened = dynamic_cast<const model::detail::PolylineShape*>(out[0]);
     if (widened != nullptr) {
       EXPECT_EQ(widened->width, c.units);
     }
@@ -214,6 +222,7 @@ TEST(ImageSize, ReadsPixelsAndResolution) {
 }
 
 TEST(DrawingSheet, FramesKiCadsPapers) {
+  const InArena arena;
   struct Case {
     Paper paper;
     int32_t width;

@@ -10,6 +10,7 @@
 
 #include "kalmor/dbo.h"
 #include "model/design.h"
+#include "model/design_data.h"
 #include "model/design_reader.h"
 #include "support/paths.h"
 
@@ -210,14 +211,14 @@ TEST_F(Board, UsesEveryKindOfObject) {
 
 TEST(Tiny, IsOnePageWithAPartAndWires) {
   const auto design = LoadExample("tiny.json");
-  const std::vector<model::SchematicSummary> summary = design->Summarize();
-  ASSERT_EQ(summary.size(), 1u);
-  ASSERT_EQ(summary[0].pages.size(), 1u);
-  const model::PageSummary& page = summary[0].pages[0];
-  EXPECT_EQ(page.parts, 1);
-  EXPECT_EQ(page.pins, 2);
-  EXPECT_EQ(page.wires, 2);
-  EXPECT_EQ(page.aliases, 2);
+  const auto& schematics = design->data().schematics;
+  ASSERT_EQ(schematics.size(), 1u);
+  ASSERT_EQ(schematics[0].pages.size(), 1u);
+  const model::detail::Page& page = schematics[0].pages[0];
+  ASSERT_EQ(page.parts.size(), 1u);
+  EXPECT_EQ(page.parts[0].pins.size(), 2u);
+  ASSERT_EQ(page.wires.size(), 2u);
+  EXPECT_EQ(page.wires[0].aliases.size() + page.wires[1].aliases.size(), 2u);
   EXPECT_EQ(design->rootName(), "SCHEMATIC1");
 }
 

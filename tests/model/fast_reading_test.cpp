@@ -22,12 +22,20 @@ namespace {
 std::string Shown(std::unique_ptr<model::detail::DesignData> data) {
   const model::Design design(std::move(data));
   std::string shown = design.name() + "\n";
-  for (const model::SchematicSummary& schematic : design.Summarize()) {
-    for (const model::PageSummary& page : schematic.pages) {
-      shown += schematic.name + "/" + page.name + ": " + std::to_string(page.parts) + " " +
-               std::to_string(page.pins) + " " + std::to_string(page.wires) + " " +
-               std::to_string(page.junctions) + " " + std::to_string(page.aliases) + " " +
-               std::to_string(page.graphics) + "\n";
+  for (const model::detail::Schematic& schematic : design.data().schematics) {
+    for (const model::detail::Page& page : schematic.pages) {
+      std::size_t pins = 0, junctions = 0, aliases = 0;
+      for (const model::detail::PartInst& part : page.parts) {
+        pins += part.pins.size();
+      }
+      for (const model::detail::Wire& wire : page.wires) {
+        junctions += wire.junctions.size();
+        aliases += wire.aliases.size();
+      }
+      shown += schematic.name.str() + "/" + page.name.str() + ": " +
+               std::to_string(page.parts.size()) + " " + std::to_string(pins) + " " +
+               std::to_string(page.wires.size()) + " " + std::to_string(junctions) + " " +
+               std::to_string(aliases) + " " + std::to_string(page.graphics.size()) + "\n";
     }
   }
   for (const std::string& page : ExportPagesInMemory(design)) {

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "model/design_data.h"
 #include "model/design_reader.h"
 #include "page/page_walk.h"
 
@@ -40,25 +41,18 @@ std::string OnePageDesign(std::string_view pageMembers, std::string_view symbols
          R"(, "schematics": [{"name": "S", "pages": [)" + page + "]}]}";
 }
 
-namespace {
-
-// The schematic's name when `wanted` is empty, else `wanted`.
-std::string FirstOr(std::string_view wanted, const std::string& first) {
-  return wanted.empty() ? first : std::string(wanted);
-}
-
-}  // namespace
-
 PageFixture::PageFixture(std::string_view designJson, std::string_view schematic,
                          std::string_view page)
     : design_(model::ReadDesignDocument(designJson, "test.json")) {
-  const std::vector<model::SchematicSummary> summary = design_->Summarize();
-  const std::string schematicName =
-      FirstOr(schematic, summary.empty() ? std::string() : summary.front().name);
+  const auto& schematics = design_->data().schematics;
+  std::string schematicName(schematic);
+  if (schematicName.empty() && !schematics.empty()) {
+    schematicName = schematics.front().name.str();
+  }
   std::string pageName(page);
-  for (const model::SchematicSummary& own : summary) {
+  for (const model::detail::Schematic& own : schematics) {
     if (own.name == schematicName && pageName.empty() && !own.pages.empty()) {
-      pageName = own.pages.front().name;
+      pageName = own.pages.front().name.str();
     }
   }
   page_ = design_->FindPage(schematicName, pageName);
