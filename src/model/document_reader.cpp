@@ -5,7 +5,10 @@
 #include <cmath>
 #include <cstdio>
 #include <optional>
+#include <span>
+#include <string>
 #include <unordered_map>
+#include <utility>
 
 #include "model/design_data.h"
 #include "model/document_text.h"
@@ -164,6 +167,7 @@ class DocumentReader {
   // The string at the cursor as a name, or as a text the drawing shows.
   Text NameText() { return DesignText(in_.StringView(), TextRole::kName); }
   Text ShownText() { return DesignText(in_.StringView(), TextRole::kShown); }
+  std::string Name() { return DesignName(in_.StringView()); }
 
   const LogFont* Intern(const LogFont& font) {
     std::string key(reinterpret_cast<const char*>(&font), sizeof font);
@@ -197,7 +201,7 @@ class DocumentReader {
   }
 
   void ReadFace(LogFont& font) {
-    const std::string face(NameText().view());
+    const std::string face = Name();
     if (face.size() > kMaxFaceBytes || face.find('\0') != std::string::npos) {
       in_.Fail("expected a face name of at most 31 bytes, got " + std::to_string(face.size()) +
                " bytes");
@@ -205,23 +209,32 @@ class DocumentReader {
     font.SetFaceName(face.c_str());
   }
 
-  DisplayTypeT ReadDisplayType() {
+  // An integer code, or a word of `words` that stands for one.
+  using Word = std::pair<std::string_view, int32_t>;
+  int32_t ReadCodeOrWord(std::span<const Word> words, std::string_view expected,
+                         std::string_view unknown, std::string_view choices) {
     if (in_.PeekKind() != Token::Kind::kString) {
       if (!in_.PeekInteger()) {
-        in_.ExpectedInteger("a display type (an integer, or a word such as \"value\")");
+        in_.ExpectedInteger(expected);
       }
       return in_.Int32();
     }
-    const std::string word(NameText().view());
-    constexpr std::pair<std::string_view, DisplayTypeT> kWords[] = {
-        {"value", 1}, {"name_and_value", 2}, {"name", 3}, {"name_and_value_if_set", 4}};
-    for (const auto& [name, type] : kWords) {
+    const std::string word = Name();
+    for (const auto& [name, code] : words) {
       if (word == name) {
-        return type;
+        return code;
       }
     }
-    in_.Fail("unknown display type " + Quoted(word) +
-             " (expected value, name_and_value, name, name_and_value_if_set or an integer)");
+    in_.Fail(std::string(unknown) + " " + Quoted(word) + " (expected " + std::string(choices) +
+             ")");
+  }
+
+  DisplayTypeT ReadDisplayType() {
+    static constexpr Word kWords[] = {
+        {"value", 1}, {"name_and_value", 2}, {"name", 3}, {"name_and_value_if_set", 4}};
+    return ReadCodeOrWord(kWords, "a display type (an integer, or a word such as \"value\")",
+                          "unknown display type",
+                          "value, name_and_value, name, name_and_value_if_set or an integer");
   }
 
   void ReadProperty(DisplayProp& prop) {
@@ -292,7 +305,7 @@ class DocumentReader {
 
   void ReadGraphicType(GraphicFields& fields) {
     if (in_.PeekKind() == Token::Kind::kString) {
-      fields.typeName = NameText().view();
+      fields.typeName = Name();
     } else if (in_.PeekInteger()) {
       fields.typeCode = in_.Int32();
     } else {
@@ -483,7 +496,7 @@ class DocumentReader {
   // symbol, to be read into it when /symbols comes.
   const Symbol* ReadSymbolRef() {
     if (in_.PeekKind() == Token::Kind::kString) {
-      const std::string name(NameText().view());
+      const std::string name = Name();
       const auto found = symbolsByName_.find(name);
       if (found != symbolsByName_.end()) {
         return found->second.symbol;
@@ -511,8 +524,7 @@ class DocumentReader {
       if (in_.PeekKind() != Token::Kind::kObject) {
         in_.Expected("a symbol object");
       }
-      auto [named, added] =
-          symbolsByName_.try_emplace(DesignText(name, TextRole::kName).str(), NamedSymbol{});
+      auto [named, added] = symbolsByName_.try_emplace(DesignName(name), NamedSymbol{});
       if (added) {
         named->second.symbol = &NewSymbol();
       } else if (named->second.pending) {
@@ -542,20 +554,10 @@ class DocumentReader {
   }
 
   int32_t ReadPartKind() {
-    if (in_.PeekKind() != Token::Kind::kString) {
-      if (!in_.PeekInteger()) {
-        in_.ExpectedInteger("a part kind (\"part\", \"block\" or a type code)");
-      }
-      return in_.Int32();
-    }
-    const std::string kind(NameText().view());
-    if (kind == "part") {
-      return dbo_type::kPartInst;
-    }
-    if (kind == "block") {
-      return dbo_type::kBlockInst;
-    }
-    in_.Fail("unknown part kind " + Quoted(kind) + " (expected part, block or a type code)");
+    static constexpr Word kWords[] = {{"part", dbo_type::kPartInst},
+                                      {"block", dbo_type::kBlockInst}};
+    return ReadCodeOrWord(kWords, "a part kind (\"part\", \"block\" or a type code)",
+                          "unknown part kind", "part, block or a type code");
   }
 
   // A pin as read, with which of its occurrence texts gave a name and a number of their own.
@@ -913,8 +915,8 @@ class DocumentReader {
     static constexpr Field<Self, DesignData> kFields[] = {
         {"kalmor_design", [](Self& r, DesignData&) { r.ReadInTurn([&] { r.ReadVersion(); }); }},
         {"symbols", [](Self& r, DesignData&) { r.ReadInTurn([&] { r.ReadSymbols(); }); }},
-        {"name", [](Self& r, DesignData& d) { d.name = r.NameText().str(); }, kRequired},
-        {"root", [](Self& r, DesignData&) { r.rootName_ = r.NameText().str(); }},
+        {"name", [](Self& r, DesignData& d) { d.name = r.Name(); }, kRequired},
+        {"root", [](Self& r, DesignData&) { r.rootName_ = r.Name(); }},
         {"schematics", [](Self& r, DesignData&) { r.ReadSchematics(); }, kRequired},
     };
     if (in_.PeekKind() != Token::Kind::kObject) {

@@ -4,6 +4,7 @@
 // values, ids, texts, face names, occurrence paths) passes through DesignText, so that what the
 // design holds is decided in one place, whichever reader found it.
 
+#include <string>
 #include <string_view>
 
 #include "kalmor/host_text.h"
@@ -27,6 +28,12 @@ inline Text DesignText(std::string_view utf8, TextRole role) {
     }
   }
   return Text(utf8);
+}
+
+// A name (TextRole::kName) as the design holds it, for use outside of the design's memory: a
+// key, a word to compare, a message.
+inline std::string DesignName(std::string_view utf8) {
+  return std::string(utf8);
 }
 
 }  // namespace kalmor::model::detail
