@@ -11,6 +11,7 @@
 #include "cli/terminal_ui.h"
 #include "cli/unusable_names.h"
 #include "export/output_names.h"
+#include "host/dbo_reading.h"
 #include "kalmor/export.h"
 
 namespace kalmor::cli {
@@ -74,10 +75,7 @@ int RunExport(const ExportOptions& options) {
     RefuseSameFile(GalleryPathFor(stem), loaded.identity(), options.design);
   }
 
-  DboState state;
-  std::string designName;
-  loaded.design().GetName(designName, state);
-  ui.ShortenInMessages(designName);
+  ui.ShortenInMessages(NameOf(loaded.design()));
   const OutputTracking tracking;
   DesignToDXF(&loaded.design(), outputPath, 0, options.noFrame ? 0 : 1,
               options.noTitleBlocks ? 0 : 1);

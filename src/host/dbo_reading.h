@@ -1,0 +1,34 @@
+#pragma once
+
+// Reading a host's design through kalmor/dbo.h: every iterator hands out objects until its Next
+// operation returns null, and names come back through an out parameter.
+
+#include <memory>
+#include <string>
+
+#include "kalmor/dbo.h"
+
+namespace kalmor {
+
+// Calls `visit(object)` for each object that `iter` yields through `next`, in order. A null
+// iterator, which a host may give for an empty collection, yields none.
+template <typename Iter, typename Object, typename Visit>
+void ForEachDbo(const std::unique_ptr<Iter>& iter, const Object* (Iter::*next)(DboState&),
+                DboState& state, Visit&& visit) {
+  if (iter == nullptr) {
+    return;
+  }
+  while (const Object* object = ((*iter).*next)(state)) {
+    visit(*object);
+  }
+}
+
+// The object's name; empty when the host gives none.
+inline std::string NameOf(const DboNamedObject& object) {
+  DboState state;
+  std::string name;
+  object.GetName(name, state);
+  return name;
+}
+
+}  // namespace kalmor
