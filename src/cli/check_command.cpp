@@ -98,23 +98,23 @@ int RunCheck(const std::string& designPath) {
                }
              });
 
-  std::cout << Printable("design " + Shortened(NameOf(design)) + ": " +
-                         Counted(schematicCount, "schematic", "schematics") + ", " +
-                         Counted(pageCount, "page", "pages"))
+  std::cout << Escaped("design " + Shortened(NameOf(design)) + ": " +
+                       Counted(schematicCount, "schematic", "schematics") + ", " +
+                       Counted(pageCount, "page", "pages"))
             << "\n";
   for (const std::string& line : lines) {
-    std::cout << Printable(line) << "\n";
+    std::cout << Escaped(line) << "\n";
   }
 
   // Names that export would refuse are worth knowing before exporting.
   for (const UnusableName& refusal : FindUnusableNames(design)) {
-    std::cout << Printable("note: export refuses " + DescribeUnusableName(refusal) +
-                           " (--raw-names takes it)")
+    std::cout << Escaped("note: export refuses " + DescribeUnusableName(refusal) +
+                         " (--raw-names takes it)")
               << "\n";
   }
   for (const std::string& refusal :
        FindFileNameRefusals(PlanPageFiles(design, DefaultStem(designPath)))) {
-    std::cout << Printable("note: export refuses " + refusal) << "\n";
+    std::cout << Escaped("note: export refuses " + refusal) << "\n";
   }
   std::cout << std::flush;
   return kDone;

@@ -56,7 +56,7 @@ int RunExport(const ExportOptions& options) {
   if (!refusals.empty()) {
     constexpr std::size_t kShown = 12;
     for (std::size_t i = 0; i < refusals.size() && i < kShown; ++i) {
-      std::cerr << "kalmor: " << Printable(refusals[i]) << "\n";
+      std::cerr << "kalmor: " << Escaped(refusals[i]) << "\n";
     }
     if (refusals.size() > kShown) {
       std::cerr << "kalmor: and " << refusals.size() - kShown << " more pages refused\n";
@@ -83,7 +83,7 @@ int RunExport(const ExportOptions& options) {
     WritePictures(loaded, options, stem, pages);
   }
   if (options.html) {
-    std::cout << "gallery: " << Printable(GalleryPathFor(stem)) << std::endl;
+    std::cout << "gallery: " << Escaped(GalleryPathFor(stem)) << std::endl;
   }
   return kDone;
 }

@@ -58,7 +58,7 @@ void TerminalUserInterface::MessageBox(std::string_view caption, std::string_vie
       }
     }
   }
-  std::cout << Printable(caption) << ": " << Printable(shown) << std::endl;
+  std::cout << Escaped(caption) << ": " << Escaped(shown) << std::endl;
 }
 
 std::optional<std::string> TerminalUserInterface::SaveFileDialog(
@@ -129,21 +129,6 @@ void TerminalUserInterface::ClearProgress() {
   }
 }
 
-std::string Printable(std::string_view text) {
-  std::string printable;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7f) {
-      char escape[8];
-      std::snprintf(escape, sizeof escape, "\\x%02x", byte);
-      printable += escape;
-    } else {
-      printable += c;
-    }
-  }
-  return printable;
-}
-
 void TrackPageFile(const std::string& path) {
   BeginOutput({path, true,
                "kalmor: interrupted while writing " + ShownPath(path) + ", which was removed\n",
@@ -152,13 +137,13 @@ void TrackPageFile(const std::string& path) {
 
 std::string Shortened(std::string_view text, std::size_t longest) {
   if (text.size() <= longest) {
-    return Printable(text);
+    return Escaped(text);
   }
   constexpr std::string_view kCut = "...";
   const std::size_t kept = (longest - kCut.size()) / 2;
   const std::size_t headEnd = CharacterStart(text, kept);
   const std::size_t tailStart = CharacterStart(text, text.size() - kept);
-  return Printable(text.substr(0, headEnd)) + std::string(kCut) + Printable(text.substr(tailStart));
+  return Escaped(text.substr(0, headEnd)) + std::string(kCut) + Escaped(text.substr(tailStart));
 }
 
 std::string ListedNames(const std::vector<std::string>& names) {
