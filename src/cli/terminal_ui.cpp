@@ -8,6 +8,7 @@
 #include "cli/commands.h"
 #include "cli/interruption.h"
 #include "export/vel_edit_path.h"
+#include "input/character_start.h"
 
 namespace kalmor::cli {
 namespace {
@@ -28,14 +29,6 @@ std::string CompletedPages(int count, int total, const std::string& first,
   }
   return "pages 1 to " + std::to_string(count) + of + " were completed (" + ShownPath(first) +
          " to " + ShownPath(last) + ")";
-}
-
-// Where a character that begins at or before `at` begins: UTF-8 continuation bytes are skipped.
-std::size_t CharacterStart(std::string_view text, std::size_t at) {
-  while (at > 0 && at < text.size() && (static_cast<unsigned char>(text[at]) & 0xc0) == 0x80) {
-    --at;
-  }
-  return at;
 }
 
 }  // namespace

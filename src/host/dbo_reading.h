@@ -23,6 +23,23 @@ void ForEachDbo(const std::unique_ptr<Iter>& iter, const Object* (Iter::*next)(D
   }
 }
 
+// Calls `visit(point)` for each point of `polygon`, in order; none for a null polygon or a null
+// points iterator.
+template <typename Visit>
+void ForEachPoint(const DboPolygon* polygon, DboState& state, Visit&& visit) {
+  if (polygon == nullptr) {
+    return;
+  }
+  const std::unique_ptr<DboPolygonPointsIter> points = polygon->NewPointsIter(state);
+  if (points == nullptr) {
+    return;
+  }
+  CPoint point;
+  while (points->Next(point).OK()) {
+    visit(point);
+  }
+}
+
 // The object's name; empty when the host gives none.
 inline std::string NameOf(const DboNamedObject& object) {
   DboState state;

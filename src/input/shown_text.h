@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "input/character_start.h"
+
 namespace kalmor {
 
 // `text` with every control character (below 0x20, and 0x7F) written as \xNN.
@@ -35,11 +37,7 @@ inline std::string Abbreviated(std::string_view text) {
   if (text.size() <= kLongest) {
     return Escaped(text);
   }
-  std::size_t cut = kLongest - 3;
-  while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) {
-    --cut;  // not inside a character
-  }
-  return Escaped(text.substr(0, cut)) + "...";
+  return Escaped(text.substr(0, CharacterStart(text, kLongest - 3))) + "...";
 }
 
 // A name or value as a complaint quotes it: abbreviated, in double quotes.

@@ -93,17 +93,9 @@ void WriteEllipse(PageContext& page, const DboGraphicInstance* graphic) {
 // The vertices of a polygon or polyline, up to the first point the host fails to give. A
 // missing point list leaves the polyline empty.
 void WritePoints(PageContext& page, const DboPolygon* points) {
-  if (points == nullptr) {
-    return;
-  }
-  std::unique_ptr<DboPolygonPointsIter> iter = points->NewPointsIter(page.state);
-  if (iter == nullptr) {
-    return;
-  }
-  CPoint at;
-  while (iter->Next(at).OK()) {
+  ForEachPoint(points, page.state, [&](CPoint at) {
     DxfVertex(page.out, layer::kComments, page.X(at.x), page.Y(at.y));
-  }
+  });
 }
 
 // Outlines only: a polygon's fill is not drawn.

@@ -9,6 +9,7 @@
 #include "dxf/layers.h"
 #include "dxf/polyline_records.h"
 #include "dxf/text_records.h"
+#include "host/dbo_reading.h"
 #include "page/instance_placement.h"
 #include "text/text_extent.h"
 
@@ -136,14 +137,10 @@ void DrawPoints(const Placer& at, const DboPolygon* shape, bool closed, LineWidt
   } else {
     DxfPolylineBegin(at.out, at.layer, width);
   }
-  if (const std::unique_ptr<DboPolygonPointsIter> points =
-          shape != nullptr ? shape->NewPointsIter(at.state) : nullptr) {
-    CPoint p;
-    while (points->Next(p).OK()) {
-      const CPoint scaled = at.Scaled(p);
-      at.Vertex({Wrap32(int64_t{scaled.x} + offset.x), Wrap32(int64_t{scaled.y} + offset.y)});
-    }
-  }
+  ForEachPoint(shape, at.state, [&](CPoint p) {
+    const CPoint scaled = at.Scaled(p);
+    at.Vertex({Wrap32(int64_t{scaled.x} + offset.x), Wrap32(int64_t{scaled.y} + offset.y)});
+  });
   DxfSeqEnd(at.out, at.layer);
 }
 
