@@ -61,11 +61,9 @@ std::string PageSummary(const DboPage& page, DboState& state) {
 // One line a page, with its counts.
 std::vector<std::string> PageLines(const DboSchematic& schematic, DboState& state) {
   std::vector<std::string> lines;
-  ForEachDbo(
-      schematic.NewPagesIter(state), &DboSchematicPagesIter::NextPage, state,
-      [&](const DboPage& page) {
-        lines.push_back("  page " + Shortened(NameOf(page)) + ": " + PageSummary(page, state));
-      });
+  ForEachPage(schematic, state, [&](const DboPage& page) {
+    lines.push_back("  page " + Shortened(NameOf(page)) + ": " + PageSummary(page, state));
+  });
   return lines;
 }
 
@@ -86,17 +84,16 @@ int RunCheck(const std::string& designPath) {
   std::vector<std::string> lines;
   int schematicCount = 0;
   int pageCount = 0;
-  ForEachDbo(design.NewViewsIter(kSchematicViews, state), &DboLibViewsIter::NextView, state,
-             [&](const DboView& view) {
-               if (const DboSchematic* schematic = view.AsSchematic()) {
-                 const std::vector<std::string> pageLines = PageLines(*schematic, state);
-                 ++schematicCount;
-                 pageCount += static_cast<int>(pageLines.size());
-                 lines.push_back("schematic " + Shortened(NameOf(view)) + ": " +
-                                 Counted(static_cast<int>(pageLines.size()), "page", "pages"));
-                 lines.insert(lines.end(), pageLines.begin(), pageLines.end());
-               }
-             });
+  ForEachSchematicView(design, state, [&](const DboView& view) {
+    if (const DboSchematic* schematic = view.AsSchematic()) {
+      const std::vector<std::string> pageLines = PageLines(*schematic, state);
+      ++schematicCount;
+      pageCount += static_cast<int>(pageLines.size());
+      lines.push_back("schematic " + Shortened(NameOf(view)) + ": " +
+                      Counted(static_cast<int>(pageLines.size()), "page", "pages"));
+      lines.insert(lines.end(), pageLines.begin(), pageLines.end());
+    }
+  });
 
   std::cout << Escaped("design " + Shortened(NameOf(design)) + ": " +
                        Counted(schematicCount, "schematic", "schematics") + ", " +

@@ -16,14 +16,13 @@ const DboSchematic& FindSchematic(const DboDesign& design, const std::string& na
   DboState state;
   const DboSchematic* found = nullptr;
   std::vector<std::string> known;
-  ForEachDbo(design.NewViewsIter(kSchematicViews, state), &DboLibViewsIter::NextView, state,
-             [&](const DboView& view) {
-               std::string viewName = NameOf(view);
-               if (found == nullptr && viewName == name) {
-                 found = view.AsSchematic();
-               }
-               known.push_back(std::move(viewName));
-             });
+  ForEachSchematicView(design, state, [&](const DboView& view) {
+    std::string viewName = NameOf(view);
+    if (found == nullptr && viewName == name) {
+      found = view.AsSchematic();
+    }
+    known.push_back(std::move(viewName));
+  });
   if (found != nullptr) {
     return *found;
   }
@@ -35,14 +34,13 @@ const DboPage& FindPage(const DboSchematic& schematic, const std::string& name) 
   DboState state;
   const DboPage* found = nullptr;
   std::vector<std::string> known;
-  ForEachDbo(schematic.NewPagesIter(state), &DboSchematicPagesIter::NextPage, state,
-             [&](const DboPage& page) {
-               std::string pageName = NameOf(page);
-               if (found == nullptr && pageName == name) {
-                 found = &page;
-               }
-               known.push_back(std::move(pageName));
-             });
+  ForEachPage(schematic, state, [&](const DboPage& page) {
+    std::string pageName = NameOf(page);
+    if (found == nullptr && pageName == name) {
+      found = &page;
+    }
+    known.push_back(std::move(pageName));
+  });
   if (found != nullptr) {
     return *found;
   }

@@ -43,8 +43,8 @@ void VisitView(const DboView& view, const DboInstOccurrence* occurrence, DboStat
   if (schematic == nullptr) {
     return;
   }
-  ForEachDbo(schematic->NewPagesIter(state), &DboSchematicPagesIter::NextPage, state,
-             [&](const DboPage& page) { visit(page, occurrence, schematicName); });
+  ForEachPage(*schematic, state,
+              [&](const DboPage& page) { visit(page, occurrence, schematicName); });
 }
 
 // What identifies the contents of a written file: another process replacing them changes one
@@ -154,9 +154,9 @@ void VisitDesignPages(const DboDesign& design, DboState& state, const DesignPage
 
   // The host always answers with a views iterator and pages iterators here; should one be
   // missing all the same, it counts as an empty collection rather than a failure.
-  ForEachDbo(
-      design.NewViewsIter(kSchematicViews, state), &DboLibViewsIter::NextView, state,
-      [&](const DboView& view) { VisitView(view, nullptr, state, exportedSchematics, visit); });
+  ForEachSchematicView(design, state, [&](const DboView& view) {
+    VisitView(view, nullptr, state, exportedSchematics, visit);
+  });
 }
 
 SaveFileDialogSettings DxfSaveDialogSettings() {

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "kalmor/dbo.h"
 
@@ -21,6 +22,20 @@ void ForEachDbo(const std::unique_ptr<Iter>& iter, const Object* (Iter::*next)(D
   while (const Object* object = ((*iter).*next)(state)) {
     visit(*object);
   }
+}
+
+// Calls `visit(view)` for each of the design's schematic views, in the host's order.
+template <typename Visit>
+void ForEachSchematicView(const DboDesign& design, DboState& state, Visit&& visit) {
+  ForEachDbo(design.NewViewsIter(kSchematicViews, state), &DboLibViewsIter::NextView, state,
+             std::forward<Visit>(visit));
+}
+
+// Calls `visit(page)` for each page of `schematic`, in order.
+template <typename Visit>
+void ForEachPage(const DboSchematic& schematic, DboState& state, Visit&& visit) {
+  ForEachDbo(schematic.NewPagesIter(state), &DboSchematicPagesIter::NextPage, state,
+             std::forward<Visit>(visit));
 }
 
 // Calls `visit(point)` for each point of `polygon`, in order; none for a null polygon or a null
