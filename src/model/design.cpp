@@ -6,11 +6,6 @@
 #include "model/sequence.h"
 
 namespace kalmor::model {
-namespace {
-
-constexpr int32_t kSchematicViews = 6;
-
-}  // namespace
 
 // The extents are measured here, once, so that no getter of the design ever measures (or fails).
 Design::Design(std::unique_ptr<detail::DesignData> data) : data_(std::move(data)) {

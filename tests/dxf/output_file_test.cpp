@@ -122,14 +122,8 @@ TEST(OutputFile, MovesCarryTheOpenFile) {
   EXPECT_THROW(a.Write("lost"), FileError);
   moved.Write("A2");
   EXPECT_EQ(moved.path(), (dir / "a.dxf").string());
-
-  OutputFile b((dir / "b.dxf").string());
-  b.Write("B");
-  b = std::move(moved);  // b.dxf is finished, b now writes a.dxf
-  EXPECT_EQ(ReadFileBytes(dir / "b.dxf"), "B");
-  b.Write(" A3");
-  b.Close();
-  EXPECT_EQ(ReadFileBytes(dir / "a.dxf"), "A1 A2 A3");
+  moved.Close();
+  EXPECT_EQ(ReadFileBytes(dir / "a.dxf"), "A1 A2");
 }
 
 }  // namespace

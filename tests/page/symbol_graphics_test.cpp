@@ -122,7 +122,7 @@ TEST_F(SymbolGraphics, SymbolScaleTruncatesCoordinatesAndWidthTowardZero) {
 class FixedMetrics final : public FontMetricsSource {
  public:
   bool GetTextMetrics(const LogFont&, TextMetrics& metrics) override {
-    metrics = {12, 2, 5, true};
+    metrics = {12, 2, 5};
     return true;
   }
   TextExtent GetTextExtent(const LogFont&, std::string_view line) override {

@@ -23,7 +23,7 @@ LogFont Font(int32_t height, int32_t escapement = 0, const char* face = "Arial")
 }
 
 CVelText Shape(const std::string& text, const LogFont& font, CPoint anchor = {}) {
-  return CVelText(text, anchor, font, CVelText::kStyleText, CVelText::kFormatCalcRect);
+  return CVelText(text, anchor, font);
 }
 
 TEST(TextFont, NormalisationAndCacheIdentity) {
@@ -39,12 +39,7 @@ TEST(TextFont, NormalisationAndCacheIdentity) {
 
   FixedMetrics fixed;
   ScopedFontMetrics scope(fixed);
-  const CVelText first = Shape("x", font), second = Shape("x", Font(-9));
-  EXPECT_EQ(first.Angle(), 900);
-  EXPECT_EQ(first.FormatFlags(), 0x500u);
-  EXPECT_EQ(second.ShapeId(), first.ShapeId() + 1);
-  EXPECT_EQ(second.FontIndex(), first.FontIndex());
-  EXPECT_EQ(ApplicationGdiCache().GetLogFont(0, first.FontIndex()).lfWidth, 5)
+  EXPECT_EQ(ApplicationGdiCache().GetLogFont(0, ApplicationGdiCache().Lookup(normal)).lfWidth, 5)
       << "a width of 0 becomes the average character width";
 
   CVelGdiCache cache;
@@ -91,18 +86,12 @@ TEST(TextMeasure, LinesAnglesAndEvenSizes) {
   EXPECT_EQ(Shape(std::string(100000, '\r'), Font(-9)).GetBoundingRect().bottom, INT32_MAX);
 }
 
-TEST(TextMeasure, MetricsFallbackAndTrueTypeFlag) {
+TEST(TextMeasure, MetricsFallback) {
   FixedMetrics fixed;
   ScopedFontMetrics scope(fixed);
-  EXPECT_EQ(Shape("a", Font(-9)).TrueTypeFlag(), 4);
-  fixed.metrics.trueType = false;
-  EXPECT_EQ(Shape("a", Font(-9)).TrueTypeFlag(), 0);
-  // Without metrics a line is as high as the font, with no descent and no TrueType flag.
-  fixed.metrics.trueType = true;
+  // Without metrics a line is as high as the font, with no descent.
   fixed.readable = false;
-  const CVelText shape = Shape("a\rb", Font(9));
-  EXPECT_EQ(shape.GetBoundingRect(), (CRect{0, 0, 8, 18}));
-  EXPECT_EQ(shape.TrueTypeFlag(), 0);
+  EXPECT_EQ(Shape("a\rb", Font(9)).GetBoundingRect(), (CRect{0, 0, 8, 18}));
   EXPECT_EQ(Shape("a\rb", Font(0)).GetBoundingRect(), (CRect{0, 0, 8, 18}))
       << "a height of 0 is the default height, 9";
 }
