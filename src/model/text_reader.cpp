@@ -273,12 +273,13 @@ int64_t TextReader::ReadInteger() {
   if (*end == '0') {
     ++end;
   } else {
-    for (; IsDigit(*end); ++end) {
+    // Digits past the most are not added up: the check below leaves such a number to the
+    // careful reader.
+    for (; IsDigit(*end) && end - digits < kMostDigits; ++end) {
       magnitude = magnitude * 10 + (*end - '0');
     }
   }
-  if (end == digits || end - digits > kMostDigits || IsDigit(*end) || *end == '.' || *end == 'e' ||
-      *end == 'E') {
+  if (end == digits || IsDigit(*end) || *end == '.' || *end == 'e' || *end == 'E') {
     Miss();
   }
   at_ = end;
