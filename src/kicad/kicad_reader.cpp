@@ -280,7 +280,7 @@ class HierarchyReader {
       PageSources sources{&sheet.file, sheet.occurrences, sheet.links};
       std::vector<std::size_t> blockParts;
       warnings.clear();
-      BuildPage(sources, design_, fonts, *data, page, blockParts, warnings);
+      BuildPage(sources, design_, fonts, page, blockParts, warnings);
       for (const SyntaxFault& warning : warnings) {
         warnings_.push_back(Where(sheet.file.path, warning.spot) + "warning: " + warning.message);
       }

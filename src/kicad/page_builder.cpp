@@ -100,17 +100,16 @@ const Field* FieldNamed(const std::vector<Field>& fields, std::string_view name)
 class Builder {
  public:
   Builder(const PageSources& sources, const DesignContext& design, FontTable& fonts,
-          model::detail::DesignData& data, model::detail::Page& page,
-          std::vector<std::size_t>& blockParts, std::vector<SyntaxFault>& warnings)
+          model::detail::Page& page, std::vector<std::size_t>& blockParts,
+          std::vector<SyntaxFault>& warnings)
       : file_(*sources.file),
         sources_(sources),
         design_(design),
         fonts_(fonts),
-        data_(data),
         page_(page),
         blockParts_(blockParts),
         warnings_(warnings),
-        library_(file_.libSymbols, data),
+        library_(file_.libSymbols),
         frame_(FrameFor(file_.paper)) {}
 
   void Build() {
@@ -1026,7 +1025,6 @@ class Builder {
   const PageSources& sources_;
   const DesignContext& design_;
   FontTable& fonts_;
-  model::detail::DesignData& data_;
   model::detail::Page& page_;
   std::vector<std::size_t>& blockParts_;
   std::vector<SyntaxFault>& warnings_;
@@ -1047,9 +1045,9 @@ const LogFont* FontTable::Intern(const LogFont& font) {
 }
 
 void BuildPage(const PageSources& sources, const DesignContext& design, FontTable& fonts,
-               model::detail::DesignData& data, model::detail::Page& page,
-               std::vector<std::size_t>& blockParts, std::vector<SyntaxFault>& warnings) {
-  Builder(sources, design, fonts, data, page, blockParts, warnings).Build();
+               model::detail::Page& page, std::vector<std::size_t>& blockParts,
+               std::vector<SyntaxFault>& warnings) {
+  Builder(sources, design, fonts, page, blockParts, warnings).Build();
 }
 
 }  // namespace kalmor::kicad::detail

@@ -57,10 +57,11 @@ struct PageSources {
   std::vector<SheetLink> sheets;                    // one per sheet of the file
 };
 
-// Fills `page` from the file; `blockParts` receives the indices of the parts that are blocks.
+// Fills `page` from the file, making its objects in the current design arena; `blockParts`
+// receives the indices of the parts that are blocks.
 // `warnings` receives notes about what could not be drawn.
 void BuildPage(const PageSources& sources, const DesignContext& design, FontTable& fonts,
-               model::detail::DesignData& data, model::detail::Page& page,
-               std::vector<std::size_t>& blockParts, std::vector<SyntaxFault>& warnings);
+               model::detail::Page& page, std::vector<std::size_t>& blockParts,
+               std::vector<SyntaxFault>& warnings);
 
 }  // namespace kalmor::kicad::detail

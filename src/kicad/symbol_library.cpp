@@ -36,8 +36,7 @@ bool Selected(const LibUnit& unit, int wantedUnit, int wantedStyle) {
 
 }  // namespace
 
-SymbolLibrary::SymbolLibrary(const std::vector<LibSymbol>& symbols, model::detail::DesignData& data)
-    : data_(data) {
+SymbolLibrary::SymbolLibrary(const std::vector<LibSymbol>& symbols) {
   for (const LibSymbol& symbol : symbols) {
     byName_.emplace(symbol.name, &symbol);
   }

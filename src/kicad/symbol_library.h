@@ -37,7 +37,7 @@ struct BuiltSymbol {
 
 class SymbolLibrary {
  public:
-  SymbolLibrary(const std::vector<LibSymbol>& symbols, model::detail::DesignData& data);
+  explicit SymbolLibrary(const std::vector<LibSymbol>& symbols);
 
   // The symbol of that name, or null.
   const LibSymbol* Find(std::string_view name) const;
@@ -54,7 +54,6 @@ class SymbolLibrary {
 
   std::map<std::string_view, const LibSymbol*> byName_;
   std::map<std::tuple<const LibSymbol*, int, int>, BuiltSymbol> built_;
-  model::detail::DesignData& data_;
 };
 
 }  // namespace kalmor::kicad::detail
