@@ -22,7 +22,7 @@ namespace {
 
 std::vector<std::string> Pages(std::unique_ptr<kalmor::model::detail::DesignData> data) {
   const kalmor::model::Design design(std::move(data));
-  return kalmor::testing::ExportPagesInMemory(design);
+  return kalmor::test::ExportPagesInMemory(design);
 }
 
 }  // namespace
@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     std::abort();
   }
   for (const std::string& page : pages) {
-    if (!kalmor::testing::DxfPageProblem(page).empty()) {
+    if (!kalmor::test::DxfPageProblem(page).empty()) {
       std::abort();
     }
   }

@@ -68,8 +68,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     }
     return 0;
   }
-  for (const std::string& page : kalmor::testing::ExportPagesInMemory(*read.design)) {
-    if (const std::string problem = kalmor::testing::DxfPageProblem(page); !problem.empty()) {
+  for (const std::string& page : kalmor::test::ExportPagesInMemory(*read.design)) {
+    if (const std::string problem = kalmor::test::DxfPageProblem(page); !problem.empty()) {
       std::fprintf(stderr, "page problem: %s\n", problem.c_str());
       std::abort();
     }

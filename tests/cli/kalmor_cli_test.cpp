@@ -11,7 +11,7 @@
 #include "cli/run_kalmor.h"
 #include "support/paths.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -316,4 +316,4 @@ TEST_F(KalmorCliTest, ProgressLineShowsOnATerminalOnly) {
 }
 
 }  // namespace
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

@@ -13,7 +13,7 @@
 #include "cli/run_kalmor.h"
 #include "support/paths.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -137,4 +137,4 @@ TEST(KiCadCli, ConvertNeedsAnOutputItCanWrite) {
 }
 
 }  // namespace
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

@@ -19,7 +19,7 @@
 
 extern char** environ;
 
-namespace kalmor::testing {
+namespace kalmor::test {
 
 struct CommandResult {
   int status = -1;  // the exit status; -1 when the process did not exit normally
@@ -131,4 +131,4 @@ inline CommandResult RunKalmor(const std::vector<std::string>& arguments,
   return KalmorProcess(arguments, setting).Wait();
 }
 
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

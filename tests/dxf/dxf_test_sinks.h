@@ -6,7 +6,7 @@
 
 #include "dxf/byte_sink.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 
 // Opens windows of just the size a writer reserves, so that nearly every piece finds the window
 // full and makes the sink hand on what it holds: the mechanics of a full window, at every piece.
@@ -52,4 +52,4 @@ inline std::string GroupValues(std::string_view bytes, std::string_view code) {
   return values;
 }
 
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

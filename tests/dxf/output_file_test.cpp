@@ -14,8 +14,8 @@
 namespace kalmor {
 namespace {
 
-using testing::ReadFileBytes;
-using testing::TempDir;
+using test::ReadFileBytes;
+using test::TempDir;
 
 void WriteText(const std::filesystem::path& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;

@@ -12,8 +12,8 @@
 namespace kalmor {
 namespace {
 
-using testing::GroupValues;
-using testing::TightSink;
+using test::GroupValues;
+using test::TightSink;
 
 std::string Repeat(const std::string& s, int n) {
   std::string all;

@@ -11,7 +11,7 @@
 namespace kalmor {
 namespace {
 
-using testing::GroupValues;
+using test::GroupValues;
 
 LogFont Font(int32_t height) {
   LogFont font;

@@ -17,7 +17,7 @@ namespace kalmor {
 namespace {
 
 namespace fs = std::filesystem;
-using ::kalmor::testing::ReadFileBytes;
+using ::kalmor::test::ReadFileBytes;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -103,7 +103,7 @@ class DxfExportTest : public ::testing::Test {
   }
   std::string In(const std::string& name) const { return (temp / name).string(); }
 
-  testing::TempDir temp;
+  test::TempDir temp;
   RecordingUserInterface ui;
   ScopedUserInterface scoped{ui};
 };

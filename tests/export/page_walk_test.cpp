@@ -7,8 +7,8 @@
 namespace kalmor {
 namespace {
 
-using ::kalmor::testing::OnePageDesign;
-using ::kalmor::testing::PageFixture;
+using ::kalmor::test::OnePageDesign;
+using ::kalmor::test::PageFixture;
 
 TEST(PageWalkTest, PageHeightIsTruncatedToPinToPinTenths) {
   for (const auto& [height, H] : {std::pair{8500, 850}, {8505, 850}, {8509, 850}, {-8505, -850}}) {

@@ -119,7 +119,7 @@ TEST(VelEditPathTest, FullPathsAndComparison) {
 }
 
 TEST(VelEditPathTest, ExistsAndReadOnlyAskTheFileSystem) {
-  const testing::TempDir temp;
+  const test::TempDir temp;
   const std::filesystem::path file = temp / "f.dxf";
   EXPECT_FALSE(CVelEditPath(file.c_str()).Exists());
   EXPECT_FALSE(CVelEditPath(file.c_str()).IsReadOnly());

@@ -14,7 +14,7 @@
 #include "cli/run_kalmor.h"
 #include "support/paths.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -187,4 +187,4 @@ TEST_F(CommandPoliciesTest, MessagesStayShortWhateverTheNames) {
 }
 
 }  // namespace
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

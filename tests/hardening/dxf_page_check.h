@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-namespace kalmor::testing {
+namespace kalmor::test {
 
 // Empty when `dxf` is a whole page file, else what is wrong with it and where.
 inline std::string DxfPageProblem(std::string_view dxf) {
@@ -58,4 +58,4 @@ inline std::string DxfPageProblem(std::string_view dxf) {
   return {};
 }
 
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

@@ -12,7 +12,7 @@
 #include "kalmor/export.h"
 #include "page/page_walk.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 
 // The file bytes of every page the design export writes, in its order, frame and title blocks
 // included.
@@ -33,4 +33,4 @@ inline std::vector<std::string> ExportPagesInMemory(const DboDesign& design) {
   return pages;
 }
 
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

@@ -21,8 +21,9 @@
 #include "render/dxf_reader.h"
 #include "support/page_fixture.h"
 #include "support/paths.h"
+#include "support/thrown.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 namespace {
 
 using ::testing::HasSubstr;
@@ -82,7 +83,9 @@ std::string Document(const TextsOfEveryKind& t) {
 
 // The message of the error that reading `json` raises, or "" when it reads.
 std::string ReadError(const std::string& json) {
-  return testing::DocumentError(json, "hostile.json", "");
+  const auto error =
+      Thrown<model::DesignDocumentError>([&] { model::ReadDesignDocument(json, "hostile.json"); });
+  return error ? error->what() : "";
 }
 
 // The most memory the process has held at once since it started, or since "5" was last
@@ -331,4 +334,4 @@ TEST(HostileDocumentsTest, BlankLinesAfterADrawingAreReadWithoutBeingHeld) {
 }
 
 }  // namespace
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

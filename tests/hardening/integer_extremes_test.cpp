@@ -22,7 +22,7 @@
 #include "model/tape_reader.h"
 #include "support/paths.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 namespace {
 
 using nlohmann::json;
@@ -228,4 +228,4 @@ TEST(IntegerExtremesTest, SymbolWhoseVectorsReachBeyondTheRangeNeedsABox) {
 }
 
 }  // namespace
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

@@ -15,7 +15,7 @@
 #include "dxf/skeleton.h"
 #include "support/paths.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -75,4 +75,4 @@ TEST(InterruptionTest, TheCutPageIsRemovedAndTheCompletedOnesNamed) {
 }
 
 }  // namespace
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

@@ -23,7 +23,7 @@
 #include "model/design_reader.h"
 #include "support/paths.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -131,4 +131,4 @@ TEST(HeldPagesTest, MorePagesThanDescriptorsAreAllWritten) {
 }
 
 }  // namespace
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

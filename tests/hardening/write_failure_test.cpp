@@ -21,7 +21,7 @@
 #include "model/design_reader.h"
 #include "support/paths.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -119,4 +119,4 @@ TEST(WriteFailureTest, CommandExitsThreeNamingTheFile) {
 }
 
 }  // namespace
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

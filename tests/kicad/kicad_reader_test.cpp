@@ -33,7 +33,7 @@ std::vector<std::string> Shown(const model::detail::DisplayPropList& props) {
 }
 
 std::string NewerDesign() {
-  return (testing::SourceDir() / "tests/kicad/data/newer/newer.kicad_sch").string();
+  return (test::SourceDir() / "tests/kicad/data/newer/newer.kicad_sch").string();
 }
 
 class NewerFormats : public ::testing::Test {

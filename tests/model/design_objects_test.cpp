@@ -16,7 +16,7 @@
 namespace kalmor {
 namespace {
 
-using testing::OnePageDesign;
+using test::OnePageDesign;
 
 class OnePage {
  public:

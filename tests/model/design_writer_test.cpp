@@ -18,21 +18,20 @@ namespace {
 void ExpectRoundTrip(const model::Design& design) {
   const std::string document = model::WriteDesignDocument(design);
   const auto reread = model::ReadDesignDocument(document, "written.json");
-  EXPECT_EQ(testing::ExportPagesInMemory(*reread), testing::ExportPagesInMemory(design));
+  EXPECT_EQ(test::ExportPagesInMemory(*reread), test::ExportPagesInMemory(design));
   EXPECT_EQ(model::WriteDesignDocument(*reread), document);
 }
 
 TEST(DesignWriter, ExamplesRoundTrip) {
   for (const char* name : {"board.json", "tiny.json"}) {
     SCOPED_TRACE(name);
-    ExpectRoundTrip(
-        *model::LoadDesignDocument((testing::SourceDir() / "examples" / name).string()));
+    ExpectRoundTrip(*model::LoadDesignDocument((test::SourceDir() / "examples" / name).string()));
   }
 }
 
 TEST(DesignWriter, KiCadDesignRoundTrips) {
   const kicad::KiCadDesign read = kicad::LoadKiCadSchematic(
-      (testing::SourceDir() / "tests/kicad/data/newer/newer.kicad_sch").string());
+      (test::SourceDir() / "tests/kicad/data/newer/newer.kicad_sch").string());
   ExpectRoundTrip(*read.design);
 }
 

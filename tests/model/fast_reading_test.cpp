@@ -14,7 +14,7 @@
 #include "support/page_fixture.h"
 #include "support/paths.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 namespace {
 
 // Everything a design shows: its schematics and pages with their object counts, and every page
@@ -133,4 +133,4 @@ TEST(FastReading, LeavesWhatItCannotReadExactly) {
 }
 
 }  // namespace
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

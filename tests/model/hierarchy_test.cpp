@@ -10,41 +10,10 @@
 #include "kalmor/dbo.h"
 #include "model/design.h"
 #include "model/design_reader.h"
+#include "support/page_fixture.h"
 
 namespace kalmor {
 namespace {
-
-// ROOT holds U1, BLK1 (-> SUB) on its first page and BLK2 (-> SUB) on its second; SUB holds
-// U3 and BLK9 (-> LEAF), LEAF holds R1. OTHER is placed nowhere.
-constexpr const char* kHierarchy = R"({
-  "kalmor_design": 1, "name": "H", "root": "ROOT",
-  "symbols": {"BOX": {"bbox": [0, 0, 40, 20]}},
-  "schematics": [
-    {"name": "OTHER", "pages": [{"name": "O1"}]},
-    {"name": "ROOT", "pages": [
-      {"name": "R1", "parts": [
-        {"id": "U1", "symbol": "BOX"},
-        {"id": "BLK1", "kind": "block", "schematic": "SUB", "symbol": "BOX"}]},
-      {"name": "R2", "parts": [
-        {"id": "BLK2", "kind": "block", "schematic": "SUB", "symbol": "BOX"}]}]},
-    {"name": "SUB", "pages": [{"name": "S1",
-      "parts": [
-        {"id": "U3", "symbol": "BOX",
-         "properties": [{"name": "Value", "value": "10k", "values": {"/BLK2": "22k"}}],
-         "pins": [{"name": "IN", "number": "1", "start": [0, 10], "end": [30, 10],
-                   "occurrences": {"/BLK1/U3": {"name": "A"}, "/BLK2/U3": {"number": "7"}}}]},
-        {"id": "BLK9", "kind": "block", "schematic": "LEAF", "symbol": "BOX"}],
-      "wires": [{"start": [0, 0], "end": [10, 0],
-                 "properties": [{"name": "Net", "value": "N", "values": {"/BLK1": "N1"}}]}]}]},
-    {"name": "LEAF", "pages": [{"name": "L1", "parts": [{"id": "R1", "symbol": "BOX"}]}]}
-  ]})";
-
-struct Seen {
-  std::string path;
-  DboDesignOccurrenceId id;
-  bool primitive;
-  std::string contents;
-};
 
 std::string NameOf(const DboNamedObject* object) {
   DboState state;
@@ -57,7 +26,8 @@ std::string NameOf(const DboNamedObject* object) {
 
 class Hierarchy : public ::testing::Test {
  protected:
-  std::unique_ptr<model::Design> design = model::ReadDesignDocument(kHierarchy, "h.json");
+  std::unique_ptr<model::Design> design =
+      model::ReadDesignDocument(test::HierarchyDocument(), "h.json");
   DboState state;
 
   const DboPage& Page(const char* schematic, const char* page) {
@@ -98,7 +68,7 @@ TEST_F(Hierarchy, ViewsAreTheSchematicsInDocumentOrder) {
     ASSERT_NE(view->AsSchematic(), nullptr);
     names.push_back(NameOf(view));
   }
-  EXPECT_EQ(names, (std::vector<std::string>{"OTHER", "ROOT", "SUB", "LEAF"}));
+  EXPECT_EQ(names, (std::vector<std::string>{"OTHER", "ROOT", "SUB", "LEAF", "Sub"}));
   EXPECT_EQ(design->NewViewsIter(1, state)->NextView(state), nullptr);
 }
 
@@ -124,7 +94,7 @@ TEST_F(Hierarchy, PropertyValuesFollowTheOccurrenceOfThePage) {
     const char* occurrence;
     const char* expected;
   };
-  for (const Case& c : {Case{value, "/BLK1", "10k"}, Case{value, "/BLK2", "22k"},
+  for (const Case& c : {Case{value, "/BLK1", "22k"}, Case{value, "/BLK2", "10k"},
                         Case{net, "/BLK1", "N1"}, Case{net, "/BLK2", "N"}}) {
     std::string text;
     c.prop->GetValueStringForOccurrence(
@@ -149,7 +119,7 @@ TEST_F(Hierarchy, PinTextsFollowThePartOccurrence) {
     const char* name;
     const char* number;
   };
-  for (const Case& c : {Case{"/BLK1", "A", "1"}, Case{"/BLK2", "IN", "7"}}) {
+  for (const Case& c : {Case{"/BLK1", "OUT", "2"}, Case{"/BLK2", "IN", "7"}}) {
     const DboInstOccurrence* part = design->FindOccurrence(c.block)->GetInstOccurrence(u3, state);
     const DboPortOccurrence* port = part->GetPortOccurrence(pin, state);
     ASSERT_NE(port, nullptr);

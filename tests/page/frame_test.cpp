@@ -1,80 +1,78 @@
-#include <array>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "page/records.h"
 #include "page/translators.h"
+#include "support/entity_lines.h"
 #include "support/page_fixture.h"
 
 namespace kalmor {
 namespace {
 
-using namespace testing::records;
-using testing::Crlf;
-using testing::OnePageDesign;
-using testing::PageFixture;
+using Lines = std::vector<std::string>;
 
 std::string FrameBytes(const std::string& border) {
-  PageFixture page(OnePageDesign(R"("border": )" + border));
+  test::PageFixture page(test::OnePageDesign(R"("border": )" + border));
   TranslateFrame(page.context());
   return page.bytes();
 }
 
-// A SOLID on "TITLE" with its corners (x, y pairs) in the record's order 10, 11, 12, 13.
-std::string Solid(std::initializer_list<std::string_view> c) {
-  const std::string_view* v = c.begin();
-  return Join({" 0",  "SOLID", " 8",  "TITLE", " 10", v[0],  " 20", v[1], " 30", "0.0",
-               " 11", v[2],    " 21", v[3],    " 31", "0.0", " 12", v[4], " 22", v[5],
-               " 32", "0.0",   " 13", v[6],    " 23", v[7],  " 33", "0.0"});
-}
-
-std::string Segment(std::string_view width, std::string_view x1, std::string_view y1,
-                    std::string_view x2, std::string_view y2) {
-  return Polyline("TITLE", width) + Vertex("TITLE", x1, y1) + Vertex("TITLE", x2, y2) +
-         SeqEnd("TITLE");
+// A polyline on TITLE through "x y" points, its width as printed.
+void Polyline(Lines& lines, const std::string& width, std::initializer_list<const char*> points) {
+  lines.push_back(std::string("POLYLINE TITLE 66=1") + (points.size() == 4 ? " 70=1" : "") +
+                  " 10=0.0 20=0.0 40=" + width + " 41=" + width);
+  for (const char* point : points) {
+    const std::string xy = point;
+    lines.push_back("VERTEX TITLE 10=" + xy.substr(0, xy.find(' ')) +
+                    " 20=" + xy.substr(xy.find(' ') + 1));
+  }
+  lines.push_back("SEQEND TITLE");
 }
 
 TEST(Frame, LetterSizePageWithFourByFourZones) {
   // 1100 x 850 at s = 0.01 with 20-unit strips: zones 255 wide and 192 high.
-  std::string expected;
-  for (const auto& [l, b, r, t] : {std::array{" -0.2000", "  0.2000", " 10.8000", "  8.7000"},
-                                   std::array{"  0.0000", "  0.4000", " 10.6000", "  8.5000"}}) {
-    expected += Polyline("TITLE", "  0.0600", true) + Vertex("TITLE", l, b) +
-                Vertex("TITLE", r, b) + Vertex("TITLE", r, t) + Vertex("TITLE", l, t) +
-                SeqEnd("TITLE");
-  }
+  Lines expected;
+  const std::string thick = "0.0600", mark = "0.0400", thin = "0.0200";
+  Polyline(expected, thick,
+           {"-0.2000 0.2000", "10.8000 0.2000", "10.8000 8.7000", "-0.2000 8.7000"});
+  Polyline(expected, thick, {"0.0000 0.4000", "10.6000 0.4000", "10.6000 8.5000", "0.0000 8.5000"});
   // Both centre marks follow every separator, identically.
-  for (const char* x : {"  2.9500", "  5.5000", "  8.0500"}) {
-    expected += Segment("  0.0400", x, "  0.4000", x, "  0.2000") +
-                Segment("  0.0400", x, "  8.5000", x, "  8.7000") +
-                Solid({"  5.5000", "  0.4000", "  5.4500", "  0.3000", "  5.5500", "  0.3000",
-                       "  5.5000", "  0.3000"}) +
-                Solid({"  5.5000", "  8.5000", "  5.4500", "  8.6000", "  5.5500", "  8.6000",
-                       "  5.5000", "  8.6000"});
+  for (const std::string x : {"2.9500", "5.5000", "8.0500"}) {
+    Polyline(expected, mark, {(x + " 0.4000").c_str(), (x + " 0.2000").c_str()});
+    Polyline(expected, mark, {(x + " 8.5000").c_str(), (x + " 8.7000").c_str()});
+    expected.push_back(
+        "SOLID TITLE 10=5.5000 20=0.4000 11=5.4500 21=0.3000 12=5.5500 22=0.3000 "
+        "13=5.5000 23=0.3000");
+    expected.push_back(
+        "SOLID TITLE 10=5.5000 20=8.5000 11=5.4500 21=8.6000 12=5.5500 22=8.6000 "
+        "13=5.5000 23=8.6000");
   }
   for (const auto& [x, label] :
-       {std::pair{"  1.6700", "1"}, {"  4.2200", "2"}, {"  6.7700", "3"}, {"  9.3200", "4"}}) {
-    expected += Text("TITLE", x, "  0.2500", "  0.1000", "", label) +
-                Text("TITLE", x, "  8.5500", "  0.1000", "", label);
+       {std::pair{"1.6700", "1"}, {"4.2200", "2"}, {"6.7700", "3"}, {"9.3200", "4"}}) {
+    for (const char* y : {"0.2500", "8.5500"}) {
+      expected.push_back(std::string("TEXT TITLE 10=") + x + " 20=" + y + " 40=0.1000 1=" + label);
+    }
   }
-  for (const char* y : {"  6.1800", "  4.2600", "  2.3400"}) {
-    expected += Segment("  0.0200", " -0.2000", y, "  0.0000", y) +
-                Segment("  0.0200", " 10.6000", y, " 10.8000", y) +
-                Solid({"  0.0000", "  4.2600", " -0.1000", "  4.3100", " -0.1000", "  4.2100",
-                       " -0.1000", "  4.2600"}) +
-                Solid({" 10.6000", "  4.2600", " 10.7000", "  4.3100", " 10.7000", "  4.2100",
-                       " 10.7000", "  4.2600"});
+  for (const std::string y : {"6.1800", "4.2600", "2.3400"}) {
+    Polyline(expected, thin, {("-0.2000 " + y).c_str(), ("0.0000 " + y).c_str()});
+    Polyline(expected, thin, {("10.6000 " + y).c_str(), ("10.8000 " + y).c_str()});
+    expected.push_back(
+        "SOLID TITLE 10=0.0000 20=4.2600 11=-0.1000 21=4.3100 12=-0.1000 "
+        "22=4.2100 13=-0.1000 23=4.2600");
+    expected.push_back(
+        "SOLID TITLE 10=10.6000 20=4.2600 11=10.7000 21=4.3100 12=10.7000 "
+        "22=4.2100 13=10.7000 23=4.2600");
   }
   for (const auto& [y, label] :
-       {std::pair{"  7.1400", "A"}, {"  5.2200", "B"}, {"  3.3000", "C"}, {"  1.3800", "D"}}) {
-    expected += Text("TITLE", " -0.1500", y, "  0.1000", "", label) +
-                Text("TITLE", " 10.6500", y, "  0.1000", "", label);
+       {std::pair{"7.1400", "A"}, {"5.2200", "B"}, {"3.3000", "C"}, {"1.3800", "D"}}) {
+    for (const char* x : {"-0.1500", "10.6500"}) {
+      expected.push_back(std::string("TEXT TITLE 10=") + x + " 20=" + y + " 40=0.1000 1=" + label);
+    }
   }
-  EXPECT_EQ(FrameBytes(R"({"line_width": 3, "horizontal_separator_width": 2,
-                           "vertical_separator_width": 1})"),
-            Crlf(expected));
+  EXPECT_EQ(test::EntityLines(FrameBytes(R"({"line_width": 3, "horizontal_separator_width": 2,
+                                             "vertical_separator_width": 1})")),
+            expected);
 }
 
 TEST(Frame, LabelsBySideCountStyleAndOrder) {
@@ -102,25 +100,21 @@ TEST(Frame, LabelsBySideCountStyleAndOrder) {
                    R"(, "horizontal_ascending": )" + (c.ascending ? "true" : "false") + "}");
     // Each zone's label stands twice, bottom then top; the single row's two labels follow.
     std::vector<std::string> labels;
-    for (std::size_t at = bytes.find("\r\n 1\r\n"); at != std::string::npos;
-         at = bytes.find("\r\n 1\r\n", at + 1)) {
-      labels.push_back(bytes.substr(at + 6, bytes.find("\r\n", at + 6) - at - 6));
+    int solids = 0, polylines = 0;
+    for (const std::string& line : test::EntityLines(bytes)) {
+      solids += line.starts_with("SOLID");
+      polylines += line.starts_with("POLYLINE");
+      if (line.starts_with("TEXT")) {
+        labels.push_back(line.substr(line.find(" 1=") + 3));
+      }
     }
     ASSERT_EQ(labels.size(), 2u * c.count + 2);
     for (std::size_t k = 0; k < c.first.size(); ++k) {
       EXPECT_EQ(labels[2 * k] + labels[2 * k + 1], c.first[k] + c.first[k]);
     }
     EXPECT_EQ(labels[2 * c.count - 1], c.last);
-    const auto count = [&](std::string_view kind) {
-      int n = 0;
-      for (std::size_t at = bytes.find(kind); at != std::string::npos;
-           at = bytes.find(kind, at + 1)) {
-        ++n;
-      }
-      return n;
-    };
-    EXPECT_EQ(count("SOLID"), c.solids);
-    EXPECT_EQ(count("POLYLINE"), c.polylines);
+    EXPECT_EQ(solids, c.solids);
+    EXPECT_EQ(polylines, c.polylines);
   }
 }
 

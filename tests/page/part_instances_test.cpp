@@ -3,18 +3,18 @@
 #include <string>
 #include <vector>
 
-#include "page/entity_lines.h"
 #include "page/translators.h"
+#include "support/entity_lines.h"
 #include "support/page_fixture.h"
 
 namespace kalmor {
 namespace {
 
-using testing::EntityLines;
+using test::EntityLines;
 using Lines = std::vector<std::string>;
 
 Lines PartRecords(const std::string& pageMembers) {
-  testing::PageFixture fixture(testing::OnePageDesign(pageMembers));
+  test::PageFixture fixture(test::OnePageDesign(pageMembers));
   TranslatePartInsts(fixture.context());
   return EntityLines(fixture.bytes());
 }
@@ -71,25 +71,8 @@ TEST(PartInstances, BlockWritesTextThenOutlineThenPinsThenBody) {
                    "VERTEX PARTS 10=2.1000 20=5.5000", "SEQEND PARTS"}));
 }
 
-// BLK1 on the top schematic shows SUB, whose page holds U3, a title block and a port, each
-// with a value of its own for the occurrence "/BLK1".
-constexpr char kHierarchy[] = R"({"kalmor_design": 1, "name": "D", "root": "TOP",
-  "schematics": [
-    {"name": "TOP", "pages": [{"name": "P", "parts": [{"id": "BLK1", "kind": "block",
-        "schematic": "SUB", "symbol": {"bbox": [0, 0, 10, 10], "vectors": []}}]}]},
-    {"name": "SUB", "pages": [{"name": "P",
-      "parts": [{"id": "U3", "location": [200, 200],
-        "symbol": {"bbox": [0, 0, 100, 100], "vectors": []},
-        "properties": [{"name": "Value", "value": "10k", "values": {"/BLK1": "22k"}}],
-        "pins": [{"name": "IN", "number": "1", "start": [170, 230], "end": [200, 230],
-                  "occurrences": {"/BLK1/U3": {"name": "OUT", "number": "2"}}}]}],
-      "title_blocks": [{"location": [500, 100], "symbol": {"bbox": [0, 0, 10, 10], "vectors": []},
-        "properties": [{"name": "T", "value": "plain", "values": {"/BLK1": "own"}}]}],
-      "ports": [{"symbol": {"bbox": [0, 0, 10, 10], "vectors": []},
-        "properties": [{"name": "N", "value": "plain", "values": {"/BLK1": "own"}}]}]}]}]})";
-
 Lines HierarchyRecords(const char* occurrence) {
-  testing::PageFixture fixture(kHierarchy, "SUB", "P");
+  test::PageFixture fixture(test::HierarchyDocument(), "SUB", "S1");
   fixture.SetOccurrence(occurrence);
   TranslateTitleBlocks(fixture.context());
   TranslatePartInsts(fixture.context());

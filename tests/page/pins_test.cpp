@@ -3,14 +3,14 @@
 #include <string>
 #include <vector>
 
-#include "page/entity_lines.h"
 #include "page/translators.h"
+#include "support/entity_lines.h"
 #include "support/page_fixture.h"
 
 namespace kalmor {
 namespace {
 
-using testing::EntityLines;
+using test::EntityLines;
 using Lines = std::vector<std::string>;
 
 struct PinCase {
@@ -29,7 +29,7 @@ Lines PinRecords(const char* kind, const char* box, const char* location, const 
       std::string(R"("parts": [{"id": "X1", "kind": ")") + kind + R"(", "symbol": {"bbox": )" +
       box + R"(, "vectors": []}, "location": )" + location + R"(, "pin_names_visible": )" +
       visible + R"(, "pin_numbers_visible": )" + visible + R"(, "pins": [)" + c.pin + "]}]";
-  testing::PageFixture fixture(testing::OnePageDesign(c.pageMembers + part));
+  test::PageFixture fixture(test::OnePageDesign(c.pageMembers + part));
   TranslatePartInsts(fixture.context());
   const Lines all = EntityLines(fixture.bytes());
   return all.size() < skip ? all : Lines(all.begin() + skip, all.end());

@@ -11,7 +11,7 @@
 namespace kalmor {
 namespace {
 
-using testing::DxfPage;
+using test::DxfPage;
 
 constexpr std::string_view kLine =
     " 0\nLINE\n 8\nWIRE\n 10\n  1.0000\n 20\n  2.0000\n 30\n0.0\n 11\n  3.0000\n 21\n  4.0000\n"
@@ -47,7 +47,7 @@ TEST(DxfReader, RefusesWithTheLineAndTheRecord) {
       {"ARC", DxfPage(" 0\nARC\n 8\nCOMMENTS\n"), "unsupported record ARC", "ARC", 16},
       {"POLYLINE without SEQEND", DxfPage(std::string(kOpenPolyline) + std::string(kLine)),
        "POLYLINE from line 16 ends without SEQEND (found LINE)", "POLYLINE", 30},
-      {"POLYLINE cut short", std::string(testing::kPageOpening) + std::string(kOpenPolyline),
+      {"POLYLINE cut short", std::string(test::kPageOpening) + std::string(kOpenPolyline),
        "file ends inside the POLYLINE from line 16 (no SEQEND)", "POLYLINE", 28},
       {"SOLID missing a corner",
        DxfPage(" 0\nSOLID\n 8\nPARTS\n 10\n0\n 20\n0\n 11\n1\n 21\n0\n 12\n0\n 22\n1\n"),
@@ -71,7 +71,7 @@ TEST(DxfReader, RefusesWithTheLineAndTheRecord) {
        "tapered POLYLINE (widths 0.1000 and 0.2000) is not supported", "POLYLINE", 16},
       {"version", " 0\nSECTION\n 2\nHEADER\n 9\n$ACADVER\n 1\nAC1015\n",
        "unsupported DXF version AC1015 (AC1009 is read)", "HEADER", 8},
-      {"no ENDSEC", std::string(testing::kPageOpening) + " 0\nEOF\n",
+      {"no ENDSEC", std::string(test::kPageOpening) + " 0\nEOF\n",
        "ENTITIES section ends without ENDSEC", "EOF", 16},
       {"bad group code", DxfPage(" 0\nLINE\n x8\nWIRE\n"), "expected a group code, found \" x8\"",
        "", 17},
@@ -91,8 +91,8 @@ TEST(DxfReader, RefusesWithTheLineAndTheRecord) {
 }
 
 std::string SmallPage() {
-  return kalmor::testing::ReadFileBytes(kalmor::testing::SourceDir() /
-                                        "tests/render/data/small_page.dxf");
+  return kalmor::test::ReadFileBytes(kalmor::test::SourceDir() /
+                                     "tests/render/data/small_page.dxf");
 }
 
 TEST(DxfReader, ReadsLfAndCrLfPagesAlike) {

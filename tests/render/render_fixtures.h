@@ -11,7 +11,7 @@
 
 #include "render/svg_render.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 
 // Lines 1 to 14 of a page; the first entity record starts on line 15.
 inline constexpr std::string_view kPageOpening =
@@ -32,4 +32,4 @@ inline std::string RenderKept(const std::string& name, std::string_view dxf) {
   return svg;
 }
 
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

@@ -18,8 +18,8 @@
 namespace kalmor {
 namespace {
 
-using testing::DxfPage;
-using testing::RenderKept;
+using test::DxfPage;
+using test::RenderKept;
 
 struct ArcCase {
   const char* what;
@@ -114,14 +114,14 @@ TEST(SvgRender, NumbersHaveAtMostFourDecimalsAndNoNegativeZero) {
 // change of the picture, rewrite it with:
 //   KALMOR_UPDATE_GOLDEN=1 build/tests/svg_render_test --gtest_filter='*Golden*'
 TEST(SvgRender, SmallPageMatchesItsGoldenPicture) {
-  const auto data = kalmor::testing::SourceDir() / "tests/render/data";
+  const auto data = kalmor::test::SourceDir() / "tests/render/data";
   const std::string svg =
-      RenderKept("small_page", kalmor::testing::ReadFileBytes(data / "small_page.dxf"));
+      RenderKept("small_page", kalmor::test::ReadFileBytes(data / "small_page.dxf"));
   if (const char* update = std::getenv("KALMOR_UPDATE_GOLDEN"); update && *update == '1') {
     std::ofstream(data / "small_page.svg", std::ios::binary) << svg;
     GTEST_SKIP() << "rewrote " << (data / "small_page.svg");
   }
-  EXPECT_EQ(svg, kalmor::testing::ReadFileBytes(data / "small_page.svg"));
+  EXPECT_EQ(svg, kalmor::test::ReadFileBytes(data / "small_page.svg"));
 }
 
 }  // namespace

@@ -4,30 +4,9 @@
 
 #include "model/design_reader.h"
 #include "page/page_walk.h"
+#include "support/paths.h"
 
-namespace kalmor::testing {
-
-std::string DocumentError(const std::string& json, std::string_view documentName,
-                          std::string_view whenAccepted) {
-  try {
-    model::ReadDesignDocument(json, documentName);
-  } catch (const model::DesignDocumentError& error) {
-    return error.what();
-  }
-  return std::string(whenAccepted);
-}
-
-std::string Crlf(std::string_view text) {
-  std::string out;
-  out.reserve(text.size() + text.size() / 8);
-  for (char c : text) {
-    if (c == '\n') {
-      out += '\r';
-    }
-    out += c;
-  }
-  return out;
-}
+namespace kalmor::test {
 
 std::string OnePageDesign(std::string_view pageMembers, std::string_view symbols) {
   std::string page = R"({"name": "P")";
@@ -40,31 +19,16 @@ std::string OnePageDesign(std::string_view pageMembers, std::string_view symbols
          R"(, "schematics": [{"name": "S", "pages": [)" + page + "]}]}";
 }
 
-namespace {
-
-// The schematic's name when `wanted` is empty, else `wanted`.
-std::string FirstOr(std::string_view wanted, const std::string& first) {
-  return wanted.empty() ? first : std::string(wanted);
+std::string HierarchyDocument() {
+  return ReadFileBytes(SourceDir() / "tests/support/data/hierarchy.json");
 }
-
-}  // namespace
 
 PageFixture::PageFixture(std::string_view designJson, std::string_view schematic,
                          std::string_view page)
     : design_(model::ReadDesignDocument(designJson, "test.json")) {
-  const std::vector<model::SchematicSummary> summary = design_->Summarize();
-  const std::string schematicName =
-      FirstOr(schematic, summary.empty() ? std::string() : summary.front().name);
-  std::string pageName(page);
-  for (const model::SchematicSummary& own : summary) {
-    if (own.name == schematicName && pageName.empty() && !own.pages.empty()) {
-      pageName = own.pages.front().name;
-    }
-  }
-  page_ = design_->FindPage(schematicName, pageName);
+  page_ = design_->FindPage(schematic, page);
   if (page_ == nullptr) {
-    throw std::invalid_argument("the design has no page " + pageName + " in schematic " +
-                                schematicName);
+    throw std::invalid_argument("no page " + std::string(page) + " in " + std::string(schematic));
   }
   context_.emplace(OpenPageContext(sink_, state_, *page_, nullptr));
   context_->pinToPinScaleFactor = page_->GetPinToPinScaleFactor(state_);
@@ -83,4 +47,4 @@ void PageFixture::SetOccurrence(std::string_view path) {
   context_->occurrence = occurrence;
 }
 
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

@@ -107,7 +107,7 @@ TEST(SystemFonts, MeasuredSizesArePlausible) {
 }
 
 TEST(SystemFonts, UnloadableFontFilesAreClearErrors) {
-  const testing::TempDir dir;
+  const test::TempDir dir;
   std::ofstream(dir / "notes.ttf") << "not a font\n";
   const std::pair<std::string, std::string> cases[] = {
       {(dir / "missing.ttf").string(), "cannot open resource"},

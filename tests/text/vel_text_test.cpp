@@ -5,14 +5,14 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "fixed_metrics.h"
+#include "support/fixed_metrics.h"
 #include "text/text_extent.h"
 #include "text/vel_gdi_cache.h"
 
 namespace kalmor {
 namespace {
 
-using testing::FixedMetrics;
+using test::FixedMetrics;
 
 LogFont Font(int32_t height, int32_t escapement = 0, const char* face = "Arial") {
   LogFont font;
