@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cli/run_kalmor.h"
+#include "support/page_fixture.h"
 #include "support/paths.h"
 
 namespace kalmor::test {
@@ -17,22 +18,8 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::StartsWith;
 using Args = std::vector<std::string>;
-
-// ROOT places SUB twice, through BLK1 and BLK2, and has objects to count.
-constexpr char kHierarchy[] = R"({ "kalmor_design": 1, "name": "BOARD", "root": "ROOT",
-  "symbols": { "BOX": { "bbox": [0, 0, 100, 100] } },
-  "schematics": [
-    { "name": "ROOT", "pages": [
-      { "name": "PAGE1",
-        "parts": [ { "id": "BLK1", "kind": "block", "schematic": "SUB", "symbol": "BOX" },
-                   { "id": "BLK2", "kind": "block", "schematic": "SUB", "symbol": "BOX" } ],
-        "wires": [ { "start": [0, 0], "end": [100, 0] } ],
-        "bus_entries": [ { "entry": [0, 0], "end": [10, 10] } ] },
-      { "name": "PAGE2" } ] },
-    { "name": "SUB", "pages": [
-      { "name": "S1", "graphics": [ { "type": "line", "start": [0, 0], "end": [50, 50] } ] } ] }
-  ] })";
 
 // One schematic S with pages of the given (JSON-escaped) names.
 std::string WithPages(const Args& names) {
@@ -44,24 +31,9 @@ std::string WithPages(const Args& names) {
          pages + "\" } ] } ] }";
 }
 
-class KalmorCliTest : public ::testing::Test {
+class KalmorCliTest : public CommandTest {
  protected:
-  std::string Write(const std::string& name, const std::string& text) {
-    std::ofstream(temp / name, std::ios::binary) << text;
-    return In(name);
-  }
-  std::string In(const std::string& name) const { return (temp / name).string(); }
-
-  static std::vector<std::string> Files(const fs::path& dir) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(dir)) {
-      names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-  }
-
-  TempDir temp;
+  std::string Hierarchy() { return Write("board.json", HierarchyDocument()); }
 };
 
 TEST_F(KalmorCliTest, ExamplesMatchTheGoldenFiles) {
@@ -82,8 +54,8 @@ TEST_F(KalmorCliTest, ExamplesMatchTheGoldenFiles) {
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_THAT(result.out, HasSubstr("KALMOR V1.15 COMPLETE: "));
     EXPECT_EQ(result.err, "");
-    ASSERT_EQ(Files(temp / name), Files(golden));
-    for (const std::string& file : Files(golden)) {
+    ASSERT_EQ(FileNames(temp / name), FileNames(golden));
+    for (const std::string& file : FileNames(golden)) {
       EXPECT_TRUE(ReadFileBytes(temp / name / file) == ReadFileBytes(golden / file))
           << file << " differs from its golden file";
     }
@@ -92,7 +64,7 @@ TEST_F(KalmorCliTest, ExamplesMatchTheGoldenFiles) {
 }
 
 TEST_F(KalmorCliTest, ExportWritesBesideTheDesignOrIntoAFolder) {
-  const std::string design = Write("board.json", kHierarchy);
+  const std::string design = Hierarchy();
   fs::create_directory(temp / "folder");
   for (const auto& [output, stem] : {std::pair<Args, std::string>{{}, In("board")},
                                      {{"-o", In("folder")}, In("folder/board")},
@@ -101,33 +73,33 @@ TEST_F(KalmorCliTest, ExportWritesBesideTheDesignOrIntoAFolder) {
     arguments.insert(arguments.end(), output.begin(), output.end());
     const CommandResult result = RunKalmor(arguments);
     ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.out, "KALMOR V1.15 COMPLETE: BOARD has been output to " + stem +
+    EXPECT_EQ(result.out, "KALMOR V1.15 COMPLETE: H has been output to " + stem +
                               "_<SchematicName>_<PageName>.dxf\n");
-    for (const char* page : {"_SUB_S1.dxf", "_ROOT_PAGE1.dxf", "_ROOT_PAGE2.dxf"}) {
+    for (const char* page : {"_SUB_S1.dxf", "_LEAF_L1.dxf", "_ROOT_R2.dxf", "_Sub_S1.dxf"}) {
       EXPECT_TRUE(fs::exists(stem + page)) << stem + page;
     }
   }
 }
 
 TEST_F(KalmorCliTest, UsageErrorsExitTwoAndWriteNothing) {
-  const std::string d = Write("board.json", kHierarchy);
+  const std::string d = Hierarchy();
   for (const Args& arguments : std::vector<Args>{
            {},
            {"frobnicate"},
            {"export"},
            {"export", d, "--bogus"},
-           {"page", d, "--page", "PAGE1"},
+           {"page", d, "--page", "R1"},
            {"render", "x.dxf"},
-           {"page", d, "--schematic", "NOPE", "--page", "PAGE1", "-o", In("x.dxf")},
+           {"page", d, "--schematic", "NOPE", "--page", "R1", "-o", In("x.dxf")},
            {"page", d, "--schematic", "ROOT", "--page", "NOPE", "-o", In("x.dxf")},
            {"page", d, "--schematic", "SUB", "--page", "S1", "--occurrence", "/NOPE"},
-           {"page", d, "--schematic", "ROOT", "--page", "PAGE1", "--occurrence", "/BLK1"},
-           {"export", Write("g.html", kHierarchy), "--html"}}) {  // the gallery is g.html
+           {"page", d, "--schematic", "ROOT", "--page", "R1", "--occurrence", "/BLK1"},
+           {"export", Write("g.html", HierarchyDocument()), "--html"}}) {  // the gallery is g.html
     const CommandResult result = RunKalmor(arguments);
     EXPECT_EQ(result.status, 2) << ::testing::PrintToString(arguments);
     EXPECT_NE(result.err, "") << ::testing::PrintToString(arguments);
   }
-  EXPECT_THAT(Files(temp.path()), ElementsAre("board.json", "g.html"));
+  EXPECT_THAT(FileNames(temp.path()), ElementsAre("board.json", "g.html"));
 
   const CommandResult version = RunKalmor({"--version"});
   EXPECT_EQ(std::tie(version.status, version.out),
@@ -156,11 +128,11 @@ TEST_F(KalmorCliTest, InvalidDocumentExitsOneAndWritesNothing) {
       EXPECT_EQ(result.out, "");
     }
   }
-  EXPECT_THAT(Files(temp.path()), ElementsAre("broken.json", "typo.json"));
+  EXPECT_THAT(FileNames(temp.path()), ElementsAre("broken.json", "typo.json"));
 }
 
 TEST_F(KalmorCliTest, UnwritableOutputExitsThreeNamingTheFile) {
-  const std::string design = Write("board.json", kHierarchy);
+  const std::string design = Hierarchy();
   const CommandResult missing = RunKalmor({"export", design, "-o", In("missing/board.dxf")});
   EXPECT_EQ(missing.status, 3);
   EXPECT_EQ(missing.err, "kalmor: cannot write " + In("missing/board_SUB_S1.dxf") +
@@ -169,7 +141,7 @@ TEST_F(KalmorCliTest, UnwritableOutputExitsThreeNamingTheFile) {
 
   // A device that is always full fails the first write that reaches it.
   const CommandResult full =
-      RunKalmor({"page", design, "--schematic", "ROOT", "--page", "PAGE1", "-o", "/dev/full"});
+      RunKalmor({"page", design, "--schematic", "ROOT", "--page", "R1", "-o", "/dev/full"});
   EXPECT_EQ(full.status, 3);
   EXPECT_EQ(full.err, "kalmor: cannot write /dev/full: No space left on device\n");
 }
@@ -195,7 +167,7 @@ TEST_F(KalmorCliTest, NoUsableFontExitsFourAndWritesNothing) {
     }
   }
   ::unsetenv("FONTCONFIG_FILE");
-  EXPECT_THAT(Files(temp.path()), ElementsAre("no-fonts.conf", "property.json", "symbol.json"));
+  EXPECT_THAT(FileNames(temp.path()), ElementsAre("no-fonts.conf", "property.json", "symbol.json"));
 }
 
 // Property texts are measured while the design loads; what measuring reports reaches the user.
@@ -223,7 +195,7 @@ TEST_F(KalmorCliTest, UnusableNamesAreRefusedUnlessTakenRaw) {
             "kalmor: schematic \"S\", page \"\": the page name is empty\n"
             "kalmor: schematic \"S\", page \".\": the page name is \".\"\n"
             "kalmor: nothing written; --raw-names takes the names as they are\n");
-  EXPECT_THAT(Files(temp.path()), ElementsAre("refused.json"));
+  EXPECT_THAT(FileNames(temp.path()), ElementsAre("refused.json"));
 
   const std::string raw = Write("raw.json", WithPages({"a\\\\b", "tab\\there"}));
   EXPECT_EQ(RunKalmor({"export", raw, "--raw-names"}).status, 0);
@@ -232,9 +204,9 @@ TEST_F(KalmorCliTest, UnusableNamesAreRefusedUnlessTakenRaw) {
 }
 
 TEST_F(KalmorCliTest, PageWritesWhatExportWrites) {
-  const std::string design = Write("board.json", kHierarchy);
+  const std::string design = Hierarchy();
   ASSERT_EQ(RunKalmor({"export", design}).status, 0);
-  for (const Args& page : {Args{"ROOT", "PAGE1", "board_ROOT_PAGE1.dxf"},
+  for (const Args& page : {Args{"ROOT", "R1", "board_ROOT_R1.dxf"},
                            Args{"SUB", "S1", "board_SUB_S1.dxf", "--occurrence", "/BLK1"}}) {
     Args arguments{"page", design, "--schematic", page[0], "--page", page[1], "-o", In("p.dxf")};
     arguments.insert(arguments.end(), page.begin() + 3, page.end());
@@ -245,35 +217,34 @@ TEST_F(KalmorCliTest, PageWritesWhatExportWrites) {
     EXPECT_TRUE(ReadFileBytes(In("p.dxf")) == ReadFileBytes(In(page[2]))) << page[1];
   }
 
-  ASSERT_EQ(RunKalmor({"page", design, "--schematic", "ROOT", "--page", "PAGE2", "-o",
-                       In("bare.dxf"), "--no-frame", "--no-title-blocks"})
+  ASSERT_EQ(RunKalmor({"page", design, "--schematic", "ROOT", "--page", "R2", "-o", In("bare.dxf"),
+                       "--no-frame", "--no-title-blocks"})
                 .status,
             0);
-  EXPECT_LT(ReadFileBytes(In("bare.dxf")).size(), ReadFileBytes(In("board_ROOT_PAGE2.dxf")).size());
+  EXPECT_LT(ReadFileBytes(In("bare.dxf")).size(), ReadFileBytes(In("board_ROOT_R2.dxf")).size());
 
   // With no terminal to ask on and nothing on standard input, there is no file to write.
   fs::remove(In("p.dxf"));
-  const CommandResult asked = RunKalmor({"page", design, "--schematic", "ROOT", "--page", "PAGE1"});
+  const CommandResult asked = RunKalmor({"page", design, "--schematic", "ROOT", "--page", "R1"});
   EXPECT_EQ(std::tie(asked.status, asked.out, asked.err),
             std::make_tuple(2, std::string(),
                             std::string("kalmor: no output file: give -o FILE, or the file name "
                                         "on standard input\n")));
-  EXPECT_EQ(Files(temp.path()).size(), 5u);
+  EXPECT_EQ(FileNames(temp.path()).size(), 9u);  // the design, 7 pages, bare.dxf
 }
 
 TEST_F(KalmorCliTest, CheckCountsObjectsPerPage) {
-  const CommandResult result = RunKalmor({"check", Write("board.json", kHierarchy)});
+  const CommandResult result = RunKalmor({"check", Hierarchy()});
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.out,
-            "design BOARD: 2 schematics, 3 pages\n"
-            "schematic ROOT: 2 pages\n"
-            "  page PAGE1: 0 title blocks, 2 parts, 1 wire, 0 globals, 0 ports, "
-            "0 off-page connectors, 1 bus entry, 0 graphics\n"
-            "  page PAGE2: 0 title blocks, 0 parts, 0 wires, 0 globals, 0 ports, "
-            "0 off-page connectors, 0 bus entries, 0 graphics\n"
-            "schematic SUB: 1 page\n"
-            "  page S1: 0 title blocks, 0 parts, 0 wires, 0 globals, 0 ports, "
-            "0 off-page connectors, 0 bus entries, 1 graphic\n");
+  EXPECT_THAT(result.out, StartsWith("design H: 5 schematics, 7 pages\n"
+                                     "schematic OTHER: 1 page\n"
+                                     "  page O1: 0 title blocks, 0 parts, 0 wires, 0 globals, "
+                                     "0 ports, 0 off-page connectors, 0 bus entries, 0 graphics\n"
+                                     "schematic ROOT: 2 pages\n"
+                                     "  page R1: 0 title blocks, 2 parts, 1 wire, 0 globals, "
+                                     "0 ports, 0 off-page connectors, 1 bus entry, 0 graphics\n"));
+  EXPECT_THAT(result.out, HasSubstr("  page S1: 1 title block, 1 part, 1 wire, 0 globals, 1 port, "
+                                    "0 off-page connectors, 0 bus entries, 0 graphics\n"));
 
   const CommandResult noted = RunKalmor({"check", Write("n.json", WithPages({"a/b"}))});
   EXPECT_THAT(noted.out, HasSubstr("note: export refuses schematic \"S\", page \"a/b\": the page "
@@ -281,14 +252,14 @@ TEST_F(KalmorCliTest, CheckCountsObjectsPerPage) {
 }
 
 TEST_F(KalmorCliTest, RenderDrawsOurFilesAndRefusesOthers) {
-  const std::string design = Write("board.json", kHierarchy);
+  const std::string design = Hierarchy();
   ASSERT_EQ(RunKalmor({"export", design, "--svg"}).status, 0);
   const CommandResult rendered = RunKalmor({"render", In("board_SUB_S1.dxf"), "-o", In("r.svg")});
   EXPECT_EQ(rendered.status, 0) << rendered.err;
   EXPECT_THAT(ReadFileBytes(In("r.svg")), HasSubstr("<svg"));
   // --svg drew each page beside its file, as render does.
   EXPECT_TRUE(ReadFileBytes(In("r.svg")) == ReadFileBytes(In("board_SUB_S1.svg")));
-  EXPECT_TRUE(fs::exists(In("board_ROOT_PAGE2.svg")));
+  EXPECT_TRUE(fs::exists(In("board_ROOT_R2.svg")));
 
   const CommandResult bad = RunKalmor({"render", Write("bad.dxf", "junk\n"), "-o", In("b.svg")});
   EXPECT_EQ(bad.status, 1);
@@ -303,13 +274,13 @@ TEST_F(KalmorCliTest, ProgressLineShowsOnATerminalOnly) {
   if (!fs::exists("/usr/bin/script")) {
     GTEST_SKIP() << "script(1) is not installed";
   }
-  const std::string design = Write("board.json", kHierarchy);
+  const std::string design = Hierarchy();
   const std::string shell = "/usr/bin/script -qec '" + std::string(KALMOR_CLI_PATH) + " export " +
                             design + "' " + In("typescript") + " >/dev/null 2>&1 </dev/null";
   ASSERT_EQ(std::system(shell.c_str()), 0);
   const std::string screen = ReadFileBytes(In("typescript"));
-  EXPECT_THAT(screen, HasSubstr("\rpage 1 of 3: SUB / S1\x1b[K"));
-  EXPECT_THAT(screen, HasSubstr("\rpage 3 of 3: ROOT / PAGE2\x1b[K"));
+  EXPECT_THAT(screen, HasSubstr("\rpage 1 of 7: SUB / S1\x1b[K"));
+  EXPECT_THAT(screen, HasSubstr("\rpage 7 of 7: Sub / S1\x1b[K"));
   EXPECT_THAT(screen, HasSubstr("\r\x1b[KKALMOR V1.15 COMPLETE: "));  // cleared first
 
   EXPECT_EQ(RunKalmor({"export", design}).err, "");

@@ -26,15 +26,6 @@ std::string Newer() {
   return (SourceDir() / "tests/kicad/data/newer/newer.kicad_sch").string();
 }
 
-std::vector<std::string> FilesIn(const fs::path& dir) {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(dir)) {
-    names.push_back(entry.path().filename().string());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
 // tests/golden/kicad-NAME holds the pages of the demo NAME.kicad_sch (scripts/regen-golden).
 TEST(KiCadCli, DemosMatchTheGoldenFiles) {
   int demos = 0;
@@ -58,8 +49,8 @@ TEST(KiCadCli, DemosMatchTheGoldenFiles) {
         RunKalmor({"export", design.string(), "-o", (temp / (name + ".dxf")).string()});
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.err, "");
-    ASSERT_EQ(FilesIn(temp.path()), FilesIn(golden.path()));
-    for (const std::string& file : FilesIn(golden.path())) {
+    ASSERT_EQ(FileNames(temp.path()), FileNames(golden.path()));
+    for (const std::string& file : FileNames(golden.path())) {
       EXPECT_TRUE(ReadFileBytes(temp / file) == ReadFileBytes(golden.path() / file))
           << file << " differs from its golden file";
     }

@@ -4,6 +4,7 @@
 // the given text) and both outputs are captured.
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -130,5 +131,18 @@ inline CommandResult RunKalmor(const std::vector<std::string>& arguments,
                                const CommandSetting& setting = {}) {
   return KalmorProcess(arguments, setting).Wait();
 }
+
+// The tests of the command: a folder of their own for the files it reads and writes.
+class CommandTest : public ::testing::Test {
+ protected:
+  // Writes `text` to the file `name` in the folder; returns its path.
+  std::string Write(const std::string& name, const std::string& text) {
+    std::ofstream(temp / name, std::ios::binary) << text;
+    return In(name);
+  }
+  std::string In(const std::string& name) const { return (temp / name).string(); }
+
+  TempDir temp;
+};
 
 }  // namespace kalmor::test

@@ -11,7 +11,9 @@
 #include "dxf/output_file.h"
 #include "model/design.h"
 #include "model/design_reader.h"
+#include "support/page_fixture.h"
 #include "support/paths.h"
+#include "support/thrown.h"
 
 namespace kalmor {
 namespace {
@@ -26,18 +28,6 @@ constexpr char kEmptyPageFile[] =
     " 0\r\nSECTION\r\n 2\r\nHEADER\r\n 9\r\n$ACADVER\r\n 1\r\nAC1009\r\n 0\r\nENDSEC\r\n"
     " 0\r\nSECTION\r\n 2\r\nENTITIES\r\n"
     " 0\r\nENDSEC\r\n 0\r\nEOF\r\n";
-
-// ROOT places a part and SUB twice; OTHER is reached by no one; Sub differs from SUB in case.
-constexpr char kHierarchy[] = R"({ "kalmor_design": 1, "name": "BOARD", "root": "ROOT",
-  "symbols": { "BOX": { "bbox": [0, 0, 10, 10] } },
-  "schematics": [
-    { "name": "OTHER", "pages": [ { "name": "O1" } ] },
-    { "name": "ROOT", "pages": [ { "name": "P1", "parts": [
-      { "id": "U1", "symbol": "BOX" },
-      { "id": "BLK1", "kind": "block", "schematic": "SUB", "symbol": "BOX" },
-      { "id": "BLK2", "kind": "block", "schematic": "SUB", "symbol": "BOX" } ] } ] },
-    { "name": "SUB", "pages": [ { "name": "S1" }, { "name": "S2" } ] },
-    { "name": "Sub", "pages": [ { "name": "S1" } ] } ] })";
 
 // One schematic S whose pages, named as given, hold nothing and hide their border.
 std::unique_ptr<model::Design> EmptyPages(const std::vector<std::string>& names) {
@@ -93,14 +83,7 @@ class DxfExportTest : public ::testing::Test {
  protected:
   void TearDown() override { g_inDesignExport = 0; }
 
-  std::vector<std::string> Files() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(temp.path())) {
-      names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-  }
+  std::vector<std::string> Files() const { return test::FileNames(temp.path()); }
   std::string In(const std::string& name) const { return (temp / name).string(); }
 
   test::TempDir temp;
@@ -109,7 +92,7 @@ class DxfExportTest : public ::testing::Test {
 };
 
 TEST(DesignWalkTest, HierarchyFirstThenTheOtherViewsEachNameOnce) {
-  const auto design = model::ReadDesignDocument(kHierarchy, "hierarchy.json");
+  const auto design = model::ReadDesignDocument(test::HierarchyDocument(), "hierarchy.json");
   std::vector<std::string> visits;
   DboState state;
   VisitDesignPages(
@@ -120,8 +103,9 @@ TEST(DesignWalkTest, HierarchyFirstThenTheOtherViewsEachNameOnce) {
         const auto id = occurrence ? occurrence->GetDesignOccurrenceId() : 0;
         visits.push_back(schematic + "/" + name + "@" + std::to_string(id));
       });
-  // U1 is occurrence 1 (a leaf), BLK1 2 and BLK2 3.
-  EXPECT_THAT(visits, ElementsAre("SUB/S1@2", "SUB/S2@2", "OTHER/O1@0", "ROOT/P1@0", "Sub/S1@0"));
+  // BLK1 is occurrence 2, BLK1/BLK9 occurrence 4.
+  EXPECT_THAT(visits, ElementsAre("SUB/S1@2", "SUB/S2@2", "LEAF/L1@4", "OTHER/O1@0", "ROOT/R1@0",
+                                  "ROOT/R2@0", "Sub/S1@0"));
 }
 
 // A host that answers with no iterators at all: nothing to visit, and no crash.
@@ -181,12 +165,10 @@ TEST_F(DxfExportTest, DesignWritesEveryPageAnnouncedAndReportsOnce) {
 
 TEST_F(DxfExportTest, MissingDirectoryEndsTheExportAndLeavesTheFlagSet) {
   const auto design = EmptyPages({"P1", "P2"});
-  try {
-    DesignToDXF(design.get(), In("missing/board.dxf"), 0, 1, 1);
-    FAIL() << "expected a FileError";
-  } catch (const FileError& error) {
-    EXPECT_EQ(error.path(), In("missing/board_S_P1.dxf"));
-  }
+  const auto error =
+      test::Thrown<FileError>([&] { DesignToDXF(design.get(), In("missing/board.dxf"), 0, 1, 1); });
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->path(), In("missing/board_S_P1.dxf"));
   EXPECT_THAT(ui.messages, IsEmpty());
   EXPECT_EQ(g_inDesignExport, 1);
 

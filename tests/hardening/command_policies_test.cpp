@@ -35,16 +35,7 @@ std::string Design(const std::vector<Args>& schematics, const std::string& name 
   return json + "]}";
 }
 
-class CommandPoliciesTest : public ::testing::Test {
- protected:
-  std::string Write(const std::string& name, const std::string& text) {
-    std::ofstream(temp / name, std::ios::binary) << text;
-    return In(name);
-  }
-  std::string In(const std::string& name) const { return (temp / name).string(); }
-
-  TempDir temp;
-};
+using CommandPoliciesTest = CommandTest;
 
 TEST_F(CommandPoliciesTest, FileNamesAreRefusedBeforeAnythingIsWritten) {
   const std::string longName(250, 'n');

@@ -66,15 +66,6 @@ std::string ThreePages() {
       {"name": "P3"}]}]})";
 }
 
-std::vector<std::string> Files(const fs::path& folder) {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder)) {
-    names.push_back(entry.path().filename().string());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
 TEST(WriteFailureTest, ExportStopsWithTheFileNamedAndLeavesWhatWasWritten) {
   const auto design = model::ReadDesignDocument(ThreePages(), "board.json");
   const std::vector<std::string> whole = ExportPagesInMemory(*design);
@@ -93,7 +84,7 @@ TEST(WriteFailureTest, ExportStopsWithTheFileNamedAndLeavesWhatWasWritten) {
   }
   // The first page is whole, the second is cut where the disk was full, the third was never
   // begun.
-  EXPECT_THAT(Files(temp.path()), ElementsAre("board_S_P1.dxf", "board_S_P2.dxf"));
+  EXPECT_THAT(FileNames(temp.path()), ElementsAre("board_S_P1.dxf", "board_S_P2.dxf"));
   EXPECT_EQ(ReadFileBytes(temp / "board_S_P1.dxf"), whole[0]);
   EXPECT_EQ(ReadFileBytes(failing), whole[1].substr(0, kDiskBytes));
   g_inDesignExport = 0;  // an export ended by a file error leaves it set
@@ -114,7 +105,7 @@ TEST(WriteFailureTest, CommandExitsThreeNamingTheFile) {
   EXPECT_EQ(result.status, 3);
   EXPECT_EQ(result.err,
             "kalmor: cannot write " + (out / "board_S_P2.dxf").string() + ": File too large\n");
-  EXPECT_THAT(Files(out), ElementsAre("board_S_P1.dxf", "board_S_P2.dxf"));
+  EXPECT_THAT(FileNames(out), ElementsAre("board_S_P1.dxf", "board_S_P2.dxf"));
   EXPECT_EQ(fs::file_size(out / "board_S_P2.dxf"), kDiskBytes);
 }
 
