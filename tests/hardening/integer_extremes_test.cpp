@@ -21,6 +21,7 @@
 #include "model/design_reader.h"
 #include "model/tape_reader.h"
 #include "support/paths.h"
+#include "support/thrown.h"
 
 namespace kalmor::test {
 namespace {
@@ -133,14 +134,10 @@ TEST(IntegerExtremesTest, RealsAndHugeIntegersInIntegerFieldsAreNamedAsWritten) 
       SCOPED_TRACE(pointer + " = " + number.written);
       std::string changed = text;
       changed.replace(at, std::to_string(kMarker).size(), number.written);
-      try {
-        model::ReadDesignDocument(changed, "every.json");
-        ADD_FAILURE() << "read without complaint";
-      } catch (const model::DesignDocumentError& error) {
-        const std::string message = error.what();
-        EXPECT_THAT(message, ::testing::HasSubstr(pointer + ": expected "));
-        EXPECT_TRUE(message.ends_with(number.said)) << message;
-      }
+      const std::string message = ThrownMessage<model::DesignDocumentError>(
+          [&] { model::ReadDesignDocument(changed, "every.json"); });
+      EXPECT_THAT(message, ::testing::HasSubstr(pointer + ": expected "));
+      EXPECT_TRUE(message.ends_with(number.said)) << message;
     }
   }
 }
@@ -198,12 +195,8 @@ TEST(IntegerExtremesTest, ScaleFactorBeyondItsRangeOrNotFiniteIsRefusedByName) {
       {"Infinity", "not valid JSON"},
       {"\"1.0\"", "expected a number, got a string"}};
   for (const auto& [factor, message] : refused) {
-    try {
-      read(factor);
-      ADD_FAILURE() << factor << " was read";
-    } catch (const model::DesignDocumentError& error) {
-      EXPECT_THAT(error.what(), ::testing::HasSubstr(pointer + ": " + message)) << factor;
-    }
+    EXPECT_THAT(ThrownMessage<model::DesignDocumentError>([&] { read(factor); }),
+                ::testing::HasSubstr(pointer + ": " + message));
   }
 }
 
@@ -217,14 +210,10 @@ TEST(IntegerExtremesTest, SymbolWhoseVectorsReachBeyondTheRangeNeedsABox) {
            "schematics": []})";
   };
   EXPECT_NO_THROW(model::ReadDesignDocument(symbol(R"("bbox": [0, 0, 10, 10], )"), "s.json"));
-  try {
-    model::ReadDesignDocument(symbol(""), "s.json");
-    ADD_FAILURE() << "read without a bbox";
-  } catch (const model::DesignDocumentError& error) {
-    EXPECT_THAT(error.what(),
-                ::testing::HasSubstr("/symbols/S: the vectors reach beyond the coordinate range "
-                                     "-16777216 to 16777216; give the symbol a bbox"));
-  }
+  EXPECT_THAT(ThrownMessage<model::DesignDocumentError>(
+                  [&] { model::ReadDesignDocument(symbol(""), "s.json"); }),
+              ::testing::HasSubstr("/symbols/S: the vectors reach beyond the coordinate range "
+                                   "-16777216 to 16777216; give the symbol a bbox"));
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "model/design.h"
 #include "model/design_data.h"
 #include "support/paths.h"
+#include "support/thrown.h"
 
 namespace kalmor::kicad {
 namespace {
@@ -197,12 +198,8 @@ FileSource Files(std::map<std::string, std::string> files) {
 }
 
 std::string RefusalOf(const std::string& text, std::map<std::string, std::string> others = {}) {
-  try {
-    ReadKiCadSchematic(text, "d/t.kicad_sch", Files(std::move(others)));
-  } catch (const KiCadError& error) {
-    return error.what();
-  }
-  return "read";
+  return test::ThrownMessage<KiCadError>(
+      [&] { ReadKiCadSchematic(text, "d/t.kicad_sch", Files(std::move(others))); });
 }
 
 constexpr char kSheetOf[] = R"((sheet (at 10 10) (size 20 20) (uuid "s")
@@ -260,12 +257,9 @@ TEST(KiCadReader, RefusesBadFilesSayingWhereAndWhat) {
 }
 
 TEST(KiCadReader, ReadsOnlyRegularFilesFromDisk) {
-  try {
-    ReadKiCadSchematic(WithSheet("/dev/zero"), "d/t.kicad_sch", DiskFiles());
-    ADD_FAILURE() << "a device was read as a sheet";
-  } catch (const KiCadError& error) {
-    EXPECT_THAT(error.what(), HasSubstr("/dev/zero: not a regular file"));
-  }
+  EXPECT_THAT(test::ThrownMessage<KiCadError>(
+                  [] { ReadKiCadSchematic(WithSheet("/dev/zero"), "d/t.kicad_sch", DiskFiles()); }),
+              HasSubstr("/dev/zero: not a regular file"));
 }
 
 TEST(KiCadReader, ReadsNewerVersionsWithOneWarningAndFindsSheetsBesideTheRoot) {

@@ -26,14 +26,6 @@ class OnePage {
   const DboPage& page() const { return page_; }
   const DboPartInst& part() { return *page_.NewPartInstsIter(state)->NextPartInst(state); }
   const DboWire& wire() { return *page_.NewWiresIter(1, state)->NextWire(state); }
-  const DboGraphicInstance& graphic(int index) {
-    const auto it = page_.NewCommentGraphicsIter(state);
-    const DboGraphicInstance* graphic = it->NextCommentGraphic(state);
-    while (index-- > 0) {
-      graphic = it->NextCommentGraphic(state);
-    }
-    return *graphic;
-  }
   DboState state;
 
  private:
@@ -113,42 +105,6 @@ TEST(DesignObjects, PartBodyBoxAndKinds) {
   }
 }
 
-TEST(DesignObjects, PinFlagsAndTexts) {
-  OnePage page(R"("parts": [{"id": "U", "symbol": {}, "rotation": 3, "mirror": true,
-      "location": [5, 6], "pin_names_visible": false, "pins": [
-        {"start": [1, 2], "end": [3, 4]},
-        {"name": "A\\", "number": "7", "start": [0, 0], "end": [0, 0], "visible": false,
-         "no_connect": true, "dot": true, "clock": true, "block_kind": 5}]}])");
-  DboState& s = page.state;
-  const DboPartInst& part = page.part();
-  EXPECT_EQ(part.GetRotation(s), 3);
-  EXPECT_EQ(part.GetMirror(s), 1);
-  EXPECT_EQ(part.GetLocation(s), (CPoint{5, 6}));
-  EXPECT_EQ(part.GetPinNamesAreVisible(s), 0);
-  const auto pins = part.NewPinsIter(0, 0, s);
-  const DboPortInst* plain = pins->NextPin(s);
-  const DboPortInst* marked = pins->NextPin(s);
-  EXPECT_EQ(pins->NextPin(s), nullptr);
-  std::string text = "x";
-  plain->GetPinName(text, s);
-  EXPECT_EQ(text, "");
-  EXPECT_EQ(plain->GetStartPoint(s), (CPoint{1, 2}));
-  EXPECT_EQ(plain->GetEndPoint(s), (CPoint{3, 4}));
-  EXPECT_EQ(plain->GetIsVisible(s) * 1000 + plain->GetIsNoConnect(s) * 100 +
-                plain->GetIsDot(s) * 10 + plain->GetIsClock(s),
-            1000);
-  EXPECT_EQ(plain->GetBlockPinKind(s), 0);
-  marked->GetPinName(text, s);
-  EXPECT_EQ(text, "A\\");
-  marked->GetPinNumber(text, s);
-  EXPECT_EQ(text, "7");
-  EXPECT_EQ(marked->GetIsVisible(s) * 1000 + marked->GetIsNoConnect(s) * 100 +
-                marked->GetIsDot(s) * 10 + marked->GetIsClock(s),
-            111);
-  EXPECT_EQ(marked->GetBlockPinKind(s), 5);
-  EXPECT_EQ(marked->GetOwner(s), &part);
-}
-
 TEST(DesignObjects, DisplayPropertyFieldsAndOwners) {
   OnePage page(R"("wires": [{"start": [0, 0], "end": [1, 1], "bus": true,
       "junctions": [[4, 5]],
@@ -206,9 +162,10 @@ TEST(DesignObjects, MeasuredExtentIsThatOfTheShownText) {
     const char* shown;
   };
   const Case cases[] = {
-      {"1", "", "<Value>"},         {"1", "10k", "10k"},         {"2", "", "Value = "},
-      {"2", "<Value>", "Value = "}, {"3", "10k", "Value"},       {"4", "", ""},
-      {"4", "10k", "Value = 10k"},  {"0", "<Value>", "<Value>"}, {"\"name\"", "x", "Value"},
+      {"1", "", "<Value>"},
+      {"3", "10k", "Value"},
+      {"4", "10k", "Value = 10k"},
+      {"\"name\"", "x", "Value"},
   };
   LogFont font;
   font.lfHeight = -12;
@@ -224,74 +181,6 @@ TEST(DesignObjects, MeasuredExtentIsThatOfTheShownText) {
                                      ->NextProp(page.state);
     EXPECT_EQ(prop->GetBoundingBox(page.state), MeasureTextExtent(c.shown, font));
   }
-}
-
-TEST(DesignObjects, PageGraphicsHoldTheirShapeInPageCoordinates) {
-  OnePage page(R"("graphics": [
-      {"type": "arc", "rect": [0, 0, 20, 10], "start": [20, 5], "end": [10, 0], "width": 2},
-      {"type": "text", "rect": [1, 2, 30, 12], "text": "a\rb", "rotation": 1,
-       "font": {"height": -10}},
-      {"type": "polyline", "points": [[1, 1], [5, 9]]},
-      {"type": 63}])");
-  DboState& s = page.state;
-  const DboGraphicInstance& arc = page.graphic(0);
-  EXPECT_EQ(arc.GetObjectType(s), dbo_type::kGraphicArcInst);
-  EXPECT_EQ(DboGraphicArcInst::sGetBoundingBoxRight(&arc, s), 20);
-  EXPECT_EQ(DboGraphicArcInst::sGetStartX(&arc, s), 20);
-  EXPECT_EQ(DboGraphicArcInst::sGetEndY(&arc, s), 0);
-  EXPECT_EQ(DboGraphicArcInst::sGetLineWidth(&arc, s), 2);
-
-  const DboGraphicInstance& text = page.graphic(1);
-  EXPECT_EQ(text.GetObjectType(s), dbo_type::kGraphicCommentTextInst);
-  EXPECT_EQ(text.GetRotation(s), 1);
-  EXPECT_EQ(DboGraphicCommentTextInst::sGetText(&text, s), "a\rb");
-  EXPECT_EQ(DboGraphicCommentTextInst::sGetFont(&text, s).lfHeight, -10);
-  EXPECT_EQ(DboGraphicCommentTextInst::sGetBoundingBoxBottom(&text, s), 12);
-
-  const DboPolyline* polyline = DboGraphicPolylineInst::GetDboPolyline(&page.graphic(2), s);
-  ASSERT_NE(polyline, nullptr);
-  const auto points = polyline->NewPointsIter(s);
-  CPoint point;
-  EXPECT_TRUE(points->Next(point).OK());
-  EXPECT_TRUE(points->Next(point).OK());
-  EXPECT_EQ(point, (CPoint{5, 9}));
-  EXPECT_FALSE(points->Next(point).OK());
-
-  DboState bare;
-  const auto* code = dynamic_cast<const DboCommentGraphic*>(&page.graphic(3));
-  ASSERT_NE(code, nullptr);
-  EXPECT_EQ(code->GetObjectType(bare), 63);
-  EXPECT_EQ(code->GetShape(bare), nullptr);
-  EXPECT_FALSE(bare.OK());
-}
-
-TEST(DesignObjects, SymbolVectorsAreTheirPrimitives) {
-  OnePage page(R"("globals": [{"symbol": "G"}])", R"({"G": {"vectors": [
-      {"type": "box", "rect": [0, 0, 4, 4]}, {"type": "ellipse", "rect": [1, 1, 3, 3]},
-      {"type": "bitmap", "rect": [0, 0, 2, 2]}, {"type": "text", "rect": [0, 0, 2, 2], "text": "t"},
-      {"type": "polygon", "points": [[0, 0]]}, {"type": 41},
-      {"type": "vector", "location": [7, 8], "members": [{"type": "line", "start": [0, 0], "end": [1, 1]}]}]}})");
-  DboState& s = page.state;
-  const DboGlobal* global = page.page().NewGlobalsIter(s)->NextGlobal(s);
-  const DboGraphicObject* symbol = global->GetDefiningGraphicObject(s);
-  EXPECT_EQ(symbol->GetBoundingBox(s), (CRect{0, 0, 8, 9}));
-  const auto vectors = symbol->NewVectorsIter(0, s);
-  std::string types;
-  const DboBaseObject* last = nullptr;
-  while (const DboBaseObject* vector = vectors->NextVector(s)) {
-    types += std::to_string(vector->GetObjectType(s)) + " ";
-    last = vector;
-  }
-  EXPECT_EQ(types, "40 43 47 46 44 41 48 ");
-  // A bare code is no primitive: the accessors of its class find nothing.
-  DboState failed;
-  const auto* group = dynamic_cast<const DboSymbolVector*>(last);
-  ASSERT_NE(group, nullptr);
-  EXPECT_EQ(group->GetLocation(s), (CPoint{7, 8}));
-  const auto members = group->NewVectorsIter(s);
-  EXPECT_EQ(members->NextVector(s)->GetObjectType(s), dbo_type::kLine);
-  EXPECT_EQ(members->NextVector(failed), nullptr);
-  EXPECT_FALSE(failed.OK());
 }
 
 }  // namespace

@@ -17,22 +17,21 @@
 namespace kalmor::test {
 namespace {
 
-// Everything a design shows: its schematics and pages with their object counts, and every page
-// as a design export writes it.
+// Everything a design shows: its name, and every page with its schematic's and its own name as a
+// design export writes it.
 std::string Shown(std::unique_ptr<model::detail::DesignData> data) {
   const model::Design design(std::move(data));
   std::string shown = design.name() + "\n";
-  for (const model::SchematicSummary& schematic : design.Summarize()) {
-    for (const model::PageSummary& page : schematic.pages) {
-      shown += schematic.name + "/" + page.name + ": " + std::to_string(page.parts) + " " +
-               std::to_string(page.pins) + " " + std::to_string(page.wires) + " " +
-               std::to_string(page.junctions) + " " + std::to_string(page.aliases) + " " +
-               std::to_string(page.graphics) + "\n";
-    }
-  }
-  for (const std::string& page : ExportPagesInMemory(design)) {
-    shown += page;
-  }
+  const std::vector<std::string> pages = ExportPagesInMemory(design);
+  DboState state;
+  std::size_t index = 0;
+  VisitDesignPages(
+      design, state,
+      [&](const DboPage& page, const DboInstOccurrence*, const std::string& schematic) {
+        std::string name;
+        page.GetName(name, state);
+        shown += schematic + "/" + name + "\n" + pages.at(index++);
+      });
   return shown;
 }
 

@@ -39,14 +39,6 @@ TEST(TextFont, NormalisationAndCacheIdentity) {
 
   FixedMetrics fixed;
   ScopedFontMetrics scope(fixed);
-  const CVelText first = Shape("x", font), second = Shape("x", Font(-9));
-  EXPECT_EQ(first.Angle(), 900);
-  EXPECT_EQ(first.FormatFlags(), 0x500u);
-  EXPECT_EQ(second.ShapeId(), first.ShapeId() + 1);
-  EXPECT_EQ(second.FontIndex(), first.FontIndex());
-  EXPECT_EQ(ApplicationGdiCache().GetLogFont(0, first.FontIndex()).lfWidth, 5)
-      << "a width of 0 becomes the average character width";
-
   CVelGdiCache cache;
   LogFont family = expected, fullFace = expected;
   family.lfPitchAndFamily = 0x22;                                     // the 28th byte
@@ -56,8 +48,6 @@ TEST(TextFont, NormalisationAndCacheIdentity) {
     EXPECT_EQ(index, cache.Count() - 1) << "a new entry at the end";
     EXPECT_EQ(cache.Lookup(f), index) << "found again";
   }
-  fixed.readable = false;
-  EXPECT_EQ(cache.GetLogFont(0, cache.Lookup(NormaliseTextFont(Font(11)))).lfWidth, 0);
   EXPECT_THROW(cache.GetLogFont(0, cache.Count()), std::out_of_range);
   EXPECT_THROW(cache.GetLogFont(1, 0), std::out_of_range);
 }
@@ -91,18 +81,11 @@ TEST(TextMeasure, LinesAnglesAndEvenSizes) {
   EXPECT_EQ(Shape(std::string(100000, '\r'), Font(-9)).GetBoundingRect().bottom, INT32_MAX);
 }
 
-TEST(TextMeasure, MetricsFallbackAndTrueTypeFlag) {
+TEST(TextMeasure, WithoutMetricsALineIsAsHighAsItsFont) {
   FixedMetrics fixed;
   ScopedFontMetrics scope(fixed);
-  EXPECT_EQ(Shape("a", Font(-9)).TrueTypeFlag(), 4);
-  fixed.metrics.trueType = false;
-  EXPECT_EQ(Shape("a", Font(-9)).TrueTypeFlag(), 0);
-  // Without metrics a line is as high as the font, with no descent and no TrueType flag.
-  fixed.metrics.trueType = true;
   fixed.readable = false;
-  const CVelText shape = Shape("a\rb", Font(9));
-  EXPECT_EQ(shape.GetBoundingRect(), (CRect{0, 0, 8, 18}));
-  EXPECT_EQ(shape.TrueTypeFlag(), 0);
+  EXPECT_EQ(Shape("a\rb", Font(9)).GetBoundingRect(), (CRect{0, 0, 8, 18}));
   EXPECT_EQ(Shape("a\rb", Font(0)).GetBoundingRect(), (CRect{0, 0, 8, 18}))
       << "a height of 0 is the default height, 9";
 }
