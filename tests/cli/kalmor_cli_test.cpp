@@ -253,11 +253,12 @@ TEST_F(KalmorCliTest, CheckCountsObjectsPerPage) {
 
 TEST_F(KalmorCliTest, RenderDrawsOurFilesAndRefusesOthers) {
   const std::string design = Hierarchy();
-  ASSERT_EQ(RunKalmor({"export", design, "--svg"}).status, 0);
+  ASSERT_EQ(RunKalmor({"export", design, "--html"}).status, 0);
+  EXPECT_THAT(ReadFileBytes(In("board.html")), HasSubstr("board_SUB_S1.svg"));
   const CommandResult rendered = RunKalmor({"render", In("board_SUB_S1.dxf"), "-o", In("r.svg")});
   EXPECT_EQ(rendered.status, 0) << rendered.err;
   EXPECT_THAT(ReadFileBytes(In("r.svg")), HasSubstr("<svg"));
-  // --svg drew each page beside its file, as render does.
+  // --html drew each page beside its file, as render does.
   EXPECT_TRUE(ReadFileBytes(In("r.svg")) == ReadFileBytes(In("board_SUB_S1.svg")));
   EXPECT_TRUE(fs::exists(In("board_ROOT_R2.svg")));
 

@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <utility>
 
 #include "dxf/skeleton.h"
 #include "support/paths.h"
@@ -177,25 +176,6 @@ TEST(OutputFile, AFileBeingWrittenIsRefusedAndKept) {
   first.Close();
   OutputFile third(path.string());  // free again once closed
   EXPECT_EQ(ReadFileBytes(path), "");
-}
-
-TEST(OutputFile, MovesCarryTheOpenFile) {
-  TempDir dir;
-  OutputFile a((dir / "a.dxf").string());
-  a.Write("A1 ");
-  OutputFile moved(std::move(a));
-  EXPECT_FALSE(a.is_open());
-  EXPECT_THROW(a.Write("lost"), FileError);
-  moved.Write("A2");
-  EXPECT_EQ(moved.path(), (dir / "a.dxf").string());
-
-  OutputFile b((dir / "b.dxf").string());
-  b.Write("B");
-  b = std::move(moved);  // b.dxf is finished, b now writes a.dxf
-  EXPECT_EQ(ReadFileBytes(dir / "b.dxf"), "B");
-  b.Write(" A3");
-  b.Close();
-  EXPECT_EQ(ReadFileBytes(dir / "a.dxf"), "A1 A2 A3");
 }
 
 }  // namespace

@@ -25,10 +25,11 @@ std::string CLibrary(double value) {
   return std::string(buffer, static_cast<std::size_t>(n));
 }
 
-// Counts the values of a sweep (and their negatives) formatted unlike the C library, reporting
-// the first few.
+// Counts the values of a sweep (and their negatives) formatted unlike the C library's own
+// "%8.4f", reporting the first few.
 class Sweep {
  public:
+  ~Sweep() { EXPECT_EQ(mismatches_, 0u); }
   void Check(double value) {
     for (const double v : {value, -value}) {
       char ours[dxf_detail::kMaxRealChars];
@@ -53,7 +54,6 @@ class Sweep {
     }
   }
   std::size_t checked() const { return checked_; }
-  std::size_t mismatches() const { return mismatches_; }
 
  private:
   std::size_t checked_ = 0;
@@ -93,16 +93,8 @@ TEST(RealFormat, FieldsOfNotableValues) {
 // Every kind of double the writer can meet, against the C library's own "%8.4f".
 TEST(RealFormat, MatchesTheCLibraryOnVariedValues) {
   std::mt19937_64 random(20240611);
-  std::size_t checked = 0;
-  std::size_t mismatches = 0;
-  const auto check = [&](double value) {
-    for (const double v : {value, -value}) {
-      ++checked;
-      if (Ours(v) != CLibrary(v) && ++mismatches <= 10) {
-        ADD_FAILURE() << v << ": '" << Ours(v) << "' instead of '" << CLibrary(v) << "'";
-      }
-    }
-  };
+  Sweep sweep;
+  const auto check = [&](double value) { sweep.Check(value); };
   for (int i = 0; i < 60000; ++i) {  // random bit patterns: every exponent, denormals, NaNs
     const uint64_t bits = random();
     double value;
@@ -130,8 +122,7 @@ TEST(RealFormat, MatchesTheCLibraryOnVariedValues) {
       }
     }
   }
-  EXPECT_GT(checked, 300000u);
-  EXPECT_EQ(mismatches, 0u);
+  EXPECT_GT(sweep.checked(), 300000u);
 }
 
 // Every value of the form k / 10000 for |k| < 10^9, one ulp either side of it and of the
@@ -151,7 +142,6 @@ TEST(RealFormat, MatchesTheCLibraryAtEveryTenThousandth) {
     sweep.Check(static_cast<double>(m) / 32.0);
   }
   EXPECT_GT(sweep.checked(), 24'000'000u / kThinning);
-  EXPECT_EQ(sweep.mismatches(), 0u);
 }
 
 }  // namespace

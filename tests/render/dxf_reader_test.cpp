@@ -7,6 +7,7 @@
 
 #include "render_fixtures.h"
 #include "support/paths.h"
+#include "support/thrown.h"
 
 namespace kalmor {
 namespace {
@@ -79,14 +80,10 @@ TEST(DxfReader, RefusesWithTheLineAndTheRecord) {
   };
   for (const Refusal& c : cases) {
     SCOPED_TRACE(c.what);
-    try {
-      ReadDxf(c.dxf, "t.dxf");
-      ADD_FAILURE() << "read without an error";
-    } catch (const DxfReadError& e) {
-      EXPECT_EQ(e.what(), "t.dxf:" + std::to_string(c.line) + ": " + c.message);
-      EXPECT_EQ(e.line(), c.line);
-      EXPECT_EQ(e.record(), c.record);
-    }
+    const auto e = test::Thrown<DxfReadError>([&] { ReadDxf(c.dxf, "t.dxf"); });
+    ASSERT_TRUE(e) << "read without an error";
+    EXPECT_EQ(e->what(), "t.dxf:" + std::to_string(c.line) + ": " + c.message);
+    EXPECT_EQ(std::make_pair(e->line(), e->record()), std::make_pair(c.line, c.record));
   }
 }
 

@@ -19,7 +19,6 @@ namespace kalmor {
 namespace {
 
 using test::DxfPage;
-using test::RenderKept;
 
 struct ArcCase {
   const char* what;
@@ -69,16 +68,17 @@ TEST(BulgeArc, CentreRadiusSweepAndExtentFollowTheBulge) {
 
 TEST(SvgRender, ViewBoxHoldsArcsAndTheLegend) {
   // A half circle of radius 10 below its chord, and a legend of seven rows at the right.
-  const std::string svg = RenderKept(
-      "extent", DxfPage(" 0\nPOLYLINE\n 8\nCOMMENTS\n 66\n1\n"
-                        " 0\nVERTEX\n 8\nCOMMENTS\n 10\n0\n 20\n0\n 42\n1\n"
-                        " 0\nVERTEX\n 8\nCOMMENTS\n 10\n20\n 20\n0\n 0\nSEQEND\n 8\nCOMMENTS\n"));
+  const std::string svg = RenderDxfToSvg(
+      DxfPage(" 0\nPOLYLINE\n 8\nCOMMENTS\n 66\n1\n"
+              " 0\nVERTEX\n 8\nCOMMENTS\n 10\n0\n 20\n0\n 42\n1\n"
+              " 0\nVERTEX\n 8\nCOMMENTS\n 10\n20\n 20\n0\n 0\nSEQEND\n 8\nCOMMENTS\n"),
+      "extent.dxf");
   EXPECT_NE(svg.find(R"(viewBox="-80 -80 2740 1160")"), std::string::npos) << svg;
   EXPECT_NE(svg.find(R"(stroke-width="1.7125")"), std::string::npos) << svg;
   EXPECT_NE(svg.find(">COMMENTS (1)</text>"), std::string::npos);
   EXPECT_NE(svg.find(">WIRE (0)</text>"), std::string::npos);
 
-  const std::string empty = RenderKept("empty", DxfPage(""));
+  const std::string empty = RenderDxfToSvg(DxfPage(""), "empty.dxf");
   EXPECT_EQ(empty.find("data-layer="), std::string::npos);
   EXPECT_NE(empty.find(R"(viewBox="-4 -104 252 148")"), std::string::npos) << empty;
 }
@@ -116,7 +116,7 @@ TEST(SvgRender, NumbersHaveAtMostFourDecimalsAndNoNegativeZero) {
 TEST(SvgRender, SmallPageMatchesItsGoldenPicture) {
   const auto data = kalmor::test::SourceDir() / "tests/render/data";
   const std::string svg =
-      RenderKept("small_page", kalmor::test::ReadFileBytes(data / "small_page.dxf"));
+      RenderDxfToSvg(test::ReadFileBytes(data / "small_page.dxf"), "small_page.dxf");
   if (const char* update = std::getenv("KALMOR_UPDATE_GOLDEN"); update && *update == '1') {
     std::ofstream(data / "small_page.svg", std::ios::binary) << svg;
     GTEST_SKIP() << "rewrote " << (data / "small_page.svg");
