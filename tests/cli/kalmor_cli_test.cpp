@@ -131,21 +131,6 @@ TEST_F(KalmorCliTest, InvalidDocumentExitsOneAndWritesNothing) {
   EXPECT_THAT(FileNames(temp.path()), ElementsAre("broken.json", "typo.json"));
 }
 
-TEST_F(KalmorCliTest, UnwritableOutputExitsThreeNamingTheFile) {
-  const std::string design = Hierarchy();
-  const CommandResult missing = RunKalmor({"export", design, "-o", In("missing/board.dxf")});
-  EXPECT_EQ(missing.status, 3);
-  EXPECT_EQ(missing.err, "kalmor: cannot write " + In("missing/board_SUB_S1.dxf") +
-                             ": No such file or directory\n");
-  EXPECT_EQ(missing.out, "");
-
-  // A device that is always full fails the first write that reaches it.
-  const CommandResult full =
-      RunKalmor({"page", design, "--schematic", "ROOT", "--page", "R1", "-o", "/dev/full"});
-  EXPECT_EQ(full.status, 3);
-  EXPECT_EQ(full.err, "kalmor: cannot write /dev/full: No space left on device\n");
-}
-
 // A property's text is measured while the design loads; a symbol's text when its page is
 // written, so its font is looked for before the first page file is opened.
 TEST_F(KalmorCliTest, NoUsableFontExitsFourAndWritesNothing) {

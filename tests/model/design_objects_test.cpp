@@ -33,46 +33,6 @@ class OnePage {
   const DboPage& page_;
 };
 
-TEST(DesignObjects, PageAndBorderDefaultsAndSettings) {
-  OnePage plain("");
-  OnePage custom(R"("pin_to_pin": 50, "width": 2000, "height": 1000,
-      "pin_to_pin_scale_factor": 0.25,
-      "border": {"visible": false, "line_width": 3, "horizontal_label_width": 7,
-      "vertical_label_width": 9, "horizontal_count": 6, "vertical_count": 2,
-      "horizontal_letters": true, "vertical_letters": false, "horizontal_ascending": false,
-      "vertical_ascending": false, "horizontal_separator_width": 4,
-      "vertical_separator_width": 5})");
-  struct Field {
-    const char* name;
-    int32_t (DboPage::*get)(DboState&) const;
-    int32_t plain;
-    int32_t custom;
-  };
-  const Field fields[] = {
-      {"pin_to_pin", &DboPage::GetPinToPin, 100, 50},
-      {"width", &DboPage::GetPageWidth, 11000, 2000},
-      {"height", &DboPage::GetPageHeight, 8500, 1000},
-      {"visible", &DboPage::GetOuterBorderIsVisible, 1, 0},
-      {"line_width", &DboPage::GetOuterBorderLineWidth, 0, 3},
-      {"horizontal_label_width", &DboPage::GetHorizontalLabelWidth, 20, 7},
-      {"vertical_label_width", &DboPage::GetVerticalLabelWidth, 20, 9},
-      {"horizontal_count", &DboPage::GetHorizontalLabelCount, 4, 6},
-      {"vertical_count", &DboPage::GetVerticalLabelCount, 4, 2},
-      {"horizontal_letters", &DboPage::GetHorizontalLabelIsChar, 0, 1},
-      {"vertical_letters", &DboPage::GetVerticalLabelIsChar, 1, 0},
-      {"horizontal_ascending", &DboPage::GetHorizontalLabelIsAscending, 1, 0},
-      {"vertical_ascending", &DboPage::GetVerticalLabelIsAscending, 1, 0},
-      {"horizontal_separator_width", &DboPage::GetHorizontalSeparatorLineWidth, 0, 4},
-      {"vertical_separator_width", &DboPage::GetVerticalSeparatorLineWidth, 0, 5},
-  };
-  for (const Field& field : fields) {
-    EXPECT_EQ((plain.page().*field.get)(plain.state), field.plain) << field.name;
-    EXPECT_EQ((custom.page().*field.get)(custom.state), field.custom) << field.name;
-  }
-  EXPECT_EQ(plain.page().GetPinToPinScaleFactor(plain.state), 1.0);
-  EXPECT_EQ(custom.page().GetPinToPinScaleFactor(custom.state), 0.25);
-}
-
 TEST(DesignObjects, PartBodyBoxAndKinds) {
   struct Case {
     const char* part;
