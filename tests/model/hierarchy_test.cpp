@@ -84,32 +84,6 @@ TEST_F(Hierarchy, ChildOccurrenceOfAnInstanceFollowsTheParent) {
   EXPECT_FALSE(failed.OK());
 }
 
-TEST_F(Hierarchy, PropertyValuesFollowTheOccurrenceOfThePage) {
-  const DboPartInst* u3 = FirstPart(Page("SUB", "S1"));
-  const DboDisplayProp* value = u3->NewDisplayPropsIter(state)->NextProp(state);
-  const DboWire* wire = Page("SUB", "S1").NewWiresIter(1, state)->NextWire(state);
-  const DboDisplayProp* net = wire->NewDisplayPropsIter(state)->NextProp(state);
-  struct Case {
-    const DboDisplayProp* prop;
-    const char* occurrence;
-    const char* expected;
-  };
-  for (const Case& c : {Case{value, "/BLK1", "22k"}, Case{value, "/BLK2", "10k"},
-                        Case{net, "/BLK1", "N1"}, Case{net, "/BLK2", "N"}}) {
-    std::string text;
-    c.prop->GetValueStringForOccurrence(
-        design->FindOccurrence(c.occurrence)->GetDesignOccurrenceId(), text, state);
-    EXPECT_EQ(text, c.expected) << c.occurrence;
-    c.prop->GetValueString(text, design->FindOccurrence(c.occurrence), state);
-    EXPECT_EQ(text, c.expected) << c.occurrence;
-  }
-  std::string plain;
-  value->GetValueString(plain, nullptr, state);
-  EXPECT_EQ(plain, "10k");
-  value->GetValueStringForOccurrence(99, plain, state);
-  EXPECT_EQ(plain, "10k");
-}
-
 TEST_F(Hierarchy, PinTextsFollowThePartOccurrence) {
   const DboPartInst* u3 = FirstPart(Page("SUB", "S1"));
   const DboPortInst* pin = u3->NewPinsIter(0, 0, state)->NextPin(state);
