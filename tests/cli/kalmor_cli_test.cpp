@@ -114,23 +114,6 @@ TEST_F(KalmorCliTest, UsageErrorsExitTwoAndWriteNothing) {
   }
 }
 
-TEST_F(KalmorCliTest, InvalidDocumentExitsOneAndWritesNothing) {
-  const Args designs{Write("broken.json", R"({ "kalmor_design": 1, "name": )"),
-                     Write("typo.json", R"({ "kalmor_design": 1, "name": "B", "schematix": [] })"),
-                     In("missing.json")};
-  for (const std::string& design : designs) {
-    for (const Args& arguments :
-         {Args{"export", design}, Args{"check", design},
-          Args{"page", design, "--schematic", "S", "--page", "P", "-o", In("p.dxf")}}) {
-      const CommandResult result = RunKalmor(arguments);
-      EXPECT_EQ(result.status, 1) << ::testing::PrintToString(arguments);
-      EXPECT_THAT(result.err, HasSubstr(fs::path(design).filename().string()));
-      EXPECT_EQ(result.out, "");
-    }
-  }
-  EXPECT_THAT(FileNames(temp.path()), ElementsAre("broken.json", "typo.json"));
-}
-
 // A property's text is measured while the design loads; a symbol's text when its page is
 // written, so its font is looked for before the first page file is opened.
 TEST_F(KalmorCliTest, NoUsableFontExitsFourAndWritesNothing) {
@@ -153,21 +136,6 @@ TEST_F(KalmorCliTest, NoUsableFontExitsFourAndWritesNothing) {
   }
   ::unsetenv("FONTCONFIG_FILE");
   EXPECT_THAT(FileNames(temp.path()), ElementsAre("no-fonts.conf", "property.json", "symbol.json"));
-}
-
-// Property texts are measured while the design loads; what measuring reports reaches the user.
-TEST_F(KalmorCliTest, ATextTooWideToMeasureIsReportedWhileLoading) {
-  const std::string design =
-      Write("wide.json", R"({ "kalmor_design": 1, "name": "B",
-    "schematics": [ { "name": "S", "pages": [ { "name": "P", "wires": [ { "start": [0, 0],
-      "end": [10, 0], "properties": [ { "name": "N", "value": ")" +
-                             std::string(6000, 'W') + R"(" } ] } ] } ] } ] })");
-  for (const char* command : {"export", "check"}) {
-    const CommandResult result = RunKalmor({command, design});
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_THAT(result.out, HasSubstr("KALMOR: Internal Device Error: TextExtent returned "
-                                      "unrealistic values."));
-  }
 }
 
 TEST_F(KalmorCliTest, UnusableNamesAreRefusedUnlessTakenRaw) {

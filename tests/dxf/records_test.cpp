@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
 #include "dxf/line_records.h"
@@ -13,7 +12,6 @@ namespace kalmor {
 namespace {
 
 using test::GroupValues;
-using test::TightSink;
 
 std::string Repeat(const std::string& s, int n) {
   std::string all;
@@ -110,36 +108,6 @@ TEST(Records, VectorAngleUsesTheTruncatedTurns) {
   EXPECT_NEAR(VectorAngle(-1, 1), 2.3561938, 1e-7);
   EXPECT_NEAR(VectorAngle(-1, -1), 3.9269902, 1e-7);
   EXPECT_NEAR(VectorAngle(1, -1), 5.4977858, 1e-7);
-}
-
-// A window may fill at any piece: what the sink hands on is the same bytes, in the same order, and
-// each hand-on ends with a whole line.
-TEST(Records, WholePiecesFillTheWindow) {
-  const LogFont font;
-  const struct {
-    const char* what;
-    std::function<void(ByteSink&)> write;
-  } cases[] = {
-      {"header", [](ByteSink& o) { DxfWriteHeader(o); }},
-      {"line", [](ByteSink& o) { DxfLine(o, "TITLE", 0, 0, 1, 1); }},
-      {"solid", [](ByteSink& o) { DxfSolid(o, "PARTS", 0, 0, 1, 0, 1, 1, 0, 1); }},
-      {"wide polyline", [](ByteSink& o) { DxfClosedPolylineBegin(o, "WIRE", 5); }},
-      {"dot", [](ByteSink& o) { DxfDot(o, "WIRE", 1, 1, 0.5); }},
-      {"text", [&](ByteSink& o) { DxfText(o, "PARTTEXT", "U1", font, 1, 1, 0, 0); }},
-      {"text box", [&](ByteSink& o) { DxfTextBox(o, "COMMENTS", "A\n", font, 3, 1, 0, 0, 0, 0); }},
-      {"long layer", [](ByteSink& o) { DxfVertex(o, std::string(70000, 'L'), 1e300, -2); }},
-  };
-  for (const auto& c : cases) {
-    TightSink tight;
-    MemorySink plain;
-    c.write(tight);
-    c.write(plain);
-    EXPECT_EQ(tight.Joined(), plain.bytes()) << c.what;
-    EXPECT_GT(tight.chunks.size(), 0u) << c.what;
-    for (const std::string& chunk : tight.chunks) {
-      EXPECT_TRUE(chunk.starts_with(' ') && chunk.ends_with("\r\n")) << c.what << ": " << chunk;
-    }
-  }
 }
 
 }  // namespace

@@ -138,25 +138,6 @@ TEST_F(NewerFormats, SymbolsDrawTheirUnitStyleAndPins) {
   EXPECT_EQ(resistor.symbol->bbox, (CRect{0, 0, 6, 14}));
 }
 
-TEST_F(NewerFormats, WiresCarryLabelsAndJunctions) {
-  ASSERT_EQ(root().wires.size(), 3u);
-  EXPECT_FALSE(root().wires[0].bus);
-  EXPECT_TRUE(root().wires[2].bus);
-  ASSERT_EQ(root().wires[0].aliases.size(), 1u);
-  EXPECT_EQ(root().wires[0].aliases[0].name, "NET_A");
-  EXPECT_EQ(root().wires[0].junctions, (std::vector<CPoint>{{253, 203}}));
-  ASSERT_EQ(root().wires[2].aliases.size(), 1u);
-  EXPECT_EQ(root().wires[2].aliases[0].name, "D/BUS");
-  EXPECT_EQ(root().wires[2].aliases[0].rotation, 1);
-  ASSERT_EQ(root().busEntries.size(), 1u);
-  EXPECT_EQ(root().busEntries[0].end.x - root().busEntries[0].entry.x, 10);
-  ASSERT_EQ(root().globals.size(), 2u);  // the global label and the net class flag
-  EXPECT_THAT(Shown(root().globals[0].properties), ElementsAre("SDA"));
-  EXPECT_THAT(Shown(root().globals[1].properties), ElementsAre("Power"));
-  ASSERT_EQ(channel().ports.size(), 2u);
-  EXPECT_THAT(Shown(channel().ports[1].properties), ElementsAre("OUT"));
-}
-
 TEST_F(NewerFormats, TextsExpandVariablesAndGraphicsKeepTheirKinds) {
   std::vector<std::string> texts;
   std::map<int32_t, int> kinds;
