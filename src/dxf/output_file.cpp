@@ -76,12 +76,20 @@ void GiveBack(std::vector<char>& buffer) {
 
 }  // namespace
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)), buffer_(TakeBuffer()) {
+OutputFile::OutputFile(std::string path) : OutputFile(std::move(path), [] { return false; }) {}
+
+OutputFile::OutputFile(std::string path, const std::function<bool()>& freeDescriptors)
+    : path_(std::move(path)), buffer_(TakeBuffer()) {
   // A link at the target is not followed: one planted in a shared folder would send the page
   // to any file the user can write. Opening without blocking keeps a named pipe with no reader
   // from hanging the export before it is refused below.
-  const int fd =
-      ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+  const auto open = [&] {
+    return ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+  };
+  int fd = open();
+  if (fd < 0 && (errno == EMFILE || errno == ENFILE) && freeDescriptors()) {
+    fd = open();
+  }
   if (fd < 0) {
     throw OpenRefusal(path_, errno);
   }

@@ -4,6 +4,7 @@
 // through its own buffer. Every failure (create, write, flush, close) is a FileError that names
 // the path and the operating system's reason; nothing is lost silently.
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,10 @@ class OutputFile final : public ByteSink {
  public:
   // Creates or truncates `path`; throws FileError when it cannot.
   explicit OutputFile(std::string path);
+  // As above, but should the process be out of descriptors, `freeDescriptors` is asked to
+  // close some (it answers whether it did) and the open is tried once more. Nothing is thrown
+  // in between: with no descriptor free, even building an exception may fail.
+  OutputFile(std::string path, const std::function<bool()>& freeDescriptors);
   ~OutputFile() override;  // closes; errors here are swallowed: call Close() to see them
 
   OutputFile(OutputFile&& other) noexcept;

@@ -82,16 +82,11 @@ FileStamp StampOf(const struct stat& info) {
 class HeldPages {
  public:
   OutputFile Open(const std::string& path) {
-    try {
-      return OutputFile(path);
-    } catch (const FileError& error) {
-      const bool outOfDescriptors = error.errorNumber() == EMFILE || error.errorNumber() == ENFILE;
-      if (!outOfDescriptors || files_.empty()) {
-        throw;
-      }
-    }
-    ReleaseAll();
-    return OutputFile(path);
+    return OutputFile(path, [this] {
+      const bool any = !files_.empty();
+      ReleaseAll();
+      return any;
+    });
   }
 
   void Keep(OutputFile file) {
