@@ -36,31 +36,46 @@ class KalmorCliTest : public CommandTest {
   std::string Hierarchy() { return Write("board.json", HierarchyDocument()); }
 };
 
-TEST_F(KalmorCliTest, ExamplesMatchTheGoldenFiles) {
-  int designs = 0;
-  for (const auto& entry : fs::directory_iterator(SourceDir() / "examples")) {
-    if (entry.path().extension() != ".json") {
+// tests/golden/NAME holds the pages of examples/NAME.json, and tests/golden/kicad-NAME those of
+// KiCad's demo NAME.kicad_sch (scripts/regen-golden).
+TEST_F(KalmorCliTest, ExamplesAndDemosMatchTheGoldenFiles) {
+  int examples = 0;
+  int demos = 0;
+  for (const auto& golden : fs::directory_iterator(SourceDir() / "tests" / "golden")) {
+    const std::string name = golden.path().filename().string();
+    if (!golden.is_directory()) {
       continue;
     }
-    ++designs;
-    const std::string name = entry.path().stem().string();
     SCOPED_TRACE(name);
-    const fs::path golden = SourceDir() / "tests" / "golden" / name;
-    ASSERT_TRUE(fs::is_directory(golden)) << "no golden files: run scripts/regen-golden";
+    fs::path design = SourceDir() / "examples" / (name + ".json");
+    if (name.starts_with("kicad-")) {
+      for (const auto& entry : fs::recursive_directory_iterator("/usr/share/kicad/demos")) {
+        if (entry.path().filename() == name.substr(6) + ".kicad_sch") {
+          design = entry.path();
+        }
+      }
+      ASSERT_EQ(design.extension(), ".kicad_sch") << "scripts/setup installs kicad-demos";
+      ++demos;
+    } else {
+      ++examples;
+    }
     fs::create_directory(temp / name);
-
     const CommandResult result =
-        RunKalmor({"export", entry.path().string(), "-o", In(name + "/" + name + ".dxf")});
+        RunKalmor({"export", design.string(), "-o", In(name + "/" + design.stem().string())});
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_THAT(result.out, HasSubstr("KALMOR V1.15 COMPLETE: "));
     EXPECT_EQ(result.err, "");
-    ASSERT_EQ(FileNames(temp / name), FileNames(golden));
-    for (const std::string& file : FileNames(golden)) {
-      EXPECT_TRUE(ReadFileBytes(temp / name / file) == ReadFileBytes(golden / file))
+    ASSERT_EQ(FileNames(temp / name), FileNames(golden.path()));
+    for (const std::string& file : FileNames(golden.path())) {
+      EXPECT_TRUE(ReadFileBytes(temp / name / file) == ReadFileBytes(golden.path() / file))
           << file << " differs from its golden file";
     }
   }
-  EXPECT_GT(designs, 0);
+  int designs = 0;  // every example has its golden pages
+  for (const auto& entry : fs::directory_iterator(SourceDir() / "examples")) {
+    designs += entry.path().extension() == ".json";
+  }
+  EXPECT_EQ(std::make_pair(examples, demos), std::make_pair(designs, 2));
 }
 
 TEST_F(KalmorCliTest, ExportWritesBesideTheDesignOrIntoAFolder) {

@@ -1,4 +1,4 @@
-// The kalmor command given KiCad schematics: golden pages of two demos, the other commands, and
+// The kalmor command given KiCad schematics: the commands other than export, and
 // what a bad or newer file does to the exit status, the messages and the files.
 
 #include <gmock/gmock.h>
@@ -20,42 +20,8 @@ namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-const fs::path kDemos = "/usr/share/kicad/demos";
-
 std::string Newer() {
   return (SourceDir() / "tests/kicad/data/newer/newer.kicad_sch").string();
-}
-
-// tests/golden/kicad-NAME holds the pages of the demo NAME.kicad_sch (scripts/regen-golden).
-TEST(KiCadCli, DemosMatchTheGoldenFiles) {
-  int demos = 0;
-  for (const auto& golden : fs::directory_iterator(SourceDir() / "tests" / "golden")) {
-    const std::string folder = golden.path().filename().string();
-    if (!folder.starts_with("kicad-")) {
-      continue;
-    }
-    const std::string name = folder.substr(6);
-    SCOPED_TRACE(name);
-    fs::path design;
-    for (const auto& entry : fs::recursive_directory_iterator(kDemos)) {
-      if (entry.path().filename() == name + ".kicad_sch") {
-        design = entry.path();
-      }
-    }
-    ASSERT_FALSE(design.empty()) << "scripts/setup installs kicad-demos";
-    ++demos;
-    const TempDir temp;
-    const CommandResult result =
-        RunKalmor({"export", design.string(), "-o", (temp / (name + ".dxf")).string()});
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.err, "");
-    ASSERT_EQ(FileNames(temp.path()), FileNames(golden.path()));
-    for (const std::string& file : FileNames(golden.path())) {
-      EXPECT_TRUE(ReadFileBytes(temp / file) == ReadFileBytes(golden.path() / file))
-          << file << " differs from its golden file";
-    }
-  }
-  EXPECT_EQ(demos, 2);
 }
 
 TEST(KiCadCli, CheckAndPageTakeKiCadSchematics) {
