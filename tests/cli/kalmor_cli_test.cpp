@@ -190,15 +190,6 @@ TEST_F(KalmorCliTest, PageWritesWhatExportWrites) {
                 .status,
             0);
   EXPECT_LT(ReadFileBytes(In("bare.dxf")).size(), ReadFileBytes(In("board_ROOT_R2.dxf")).size());
-
-  // With no terminal to ask on and nothing on standard input, there is no file to write.
-  fs::remove(In("p.dxf"));
-  const CommandResult asked = RunKalmor({"page", design, "--schematic", "ROOT", "--page", "R1"});
-  EXPECT_EQ(std::tie(asked.status, asked.out, asked.err),
-            std::make_tuple(2, std::string(),
-                            std::string("kalmor: no output file: give -o FILE, or the file name "
-                                        "on standard input\n")));
-  EXPECT_EQ(FileNames(temp.path()).size(), 9u);  // the design, 7 pages, bare.dxf
 }
 
 TEST_F(KalmorCliTest, CheckCountsObjectsPerPage) {

@@ -13,6 +13,7 @@
 #include "model/design_reader.h"
 #include "support/page_fixture.h"
 #include "support/paths.h"
+#include "support/recording_ui.h"
 #include "support/thrown.h"
 
 namespace kalmor {
@@ -42,43 +43,6 @@ std::unique_ptr<model::Design> EmptyPages(const std::vector<std::string>& names)
       "empty.json");
 }
 
-class RecordingUserInterface final : public UserInterface {
- public:
-  struct Message {
-    std::string caption;
-    std::string text;
-    unsigned style;
-    std::string watchedBytes;  // the watched file while the message was up
-    bool watchedHeld;          // whether a second writer was refused it then
-  };
-
-  void MessageBox(std::string_view caption, std::string_view text, unsigned style) override {
-    Message message{std::string(caption), std::string(text), style, {}, false};
-    if (!watched.empty()) {
-      message.watchedBytes = ReadFileBytes(watched);
-      try {
-        OutputFile second(watched.string());
-      } catch (const FileError&) {
-        message.watchedHeld = true;
-      }
-    }
-    messages.push_back(message);
-  }
-  std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings& settings) override {
-    dialogs.push_back(settings);
-    return answer;
-  }
-  bool AppendToSessionLog(std::string_view) override { return false; }
-  bool WantsExportProgress() const override { return true; }
-  void ShowExportProgress(const ExportProgress& shown) override { progress.push_back(shown); }
-
-  std::vector<Message> messages;
-  std::vector<SaveFileDialogSettings> dialogs;
-  std::optional<std::string> answer;
-  fs::path watched;
-  std::vector<ExportProgress> progress;
-};
-
 class DxfExportTest : public ::testing::Test {
  protected:
   void TearDown() override { g_inDesignExport = 0; }
@@ -87,7 +51,7 @@ class DxfExportTest : public ::testing::Test {
   std::string In(const std::string& name) const { return (temp / name).string(); }
 
   test::TempDir temp;
-  RecordingUserInterface ui;
+  test::RecordingUserInterface ui;
   ScopedUserInterface scoped{ui};
 };
 
@@ -154,6 +118,9 @@ TEST_F(DxfExportTest, DesignWritesEveryPageAnnouncedAndReportsOnce) {
     EXPECT_EQ(ReadFileBytes(temp / name), kEmptyPageFile) << name;
   }
   ASSERT_EQ(ui.messages.size(), 2u);
+  // Every page file is whole and held until the completion message has been shown.
+  EXPECT_EQ(ui.messages[0].bytes, std::vector<std::string>(2, kEmptyPageFile));
+  EXPECT_EQ(ui.messages[0].held, 2);
   EXPECT_EQ(ui.messages[0].text,
             "BOARD has been output to " + In("board") + "_<SchematicName>_<PageName>.dxf");
   ASSERT_EQ(ui.progress.size(), 4u);
@@ -199,7 +166,7 @@ TEST_F(DxfExportTest, EmptyNameAsksTheUser) {
 TEST_F(DxfExportTest, NamedFileIsReplacedAndReportedWhileHeldComplete) {
   const auto design = EmptyPages({"PAGE1"});
   std::ofstream(temp / "board.dxf") << std::string(4096, 'x');
-  ui.watched = temp / "board.dxf";
+  ui.watched = In("board.dxf");
 
   PageToDXF(design->FindPage("S", "PAGE1"), nullptr, In("board.dxf"), 0, 1, 1);
 
@@ -207,8 +174,8 @@ TEST_F(DxfExportTest, NamedFileIsReplacedAndReportedWhileHeldComplete) {
   ASSERT_EQ(ui.messages.size(), 1u);
   EXPECT_EQ(ui.messages[0].caption, "KALMOR V1.15 COMPLETE");
   EXPECT_EQ(ui.messages[0].text, "PAGE1  output to  " + In("board.dxf"));
-  EXPECT_EQ(ui.messages[0].watchedBytes, kEmptyPageFile);
-  EXPECT_TRUE(ui.messages[0].watchedHeld);
+  EXPECT_EQ(ui.messages[0].bytes, std::vector<std::string>{kEmptyPageFile});
+  EXPECT_EQ(ui.messages[0].held, 1);
   EXPECT_EQ(ReadFileBytes(In("board.dxf")), kEmptyPageFile);
 }
 

@@ -18,6 +18,7 @@
 #include "model/design_reader.h"
 #include "page/page_walk.h"
 #include "support/paths.h"
+#include "support/recording_ui.h"
 #include "text/font_metrics.h"
 
 namespace kalmor::test {
@@ -108,17 +109,10 @@ class FailingFonts final : public FontMetricsSource {
   long left_;
 };
 
-struct CountingUserInterface final : UserInterface {
-  int messages = 0;
-  void MessageBox(std::string_view, std::string_view, unsigned) override { ++messages; }
-  std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings&) override { return {}; }
-  bool AppendToSessionLog(std::string_view) override { return false; }
-};
-
 TEST(FaultInjection, FontsFailingInTheMiddleOfAPageStopTheExportWithTheirError) {
   const auto design = Board();
   const TempDir temp;
-  CountingUserInterface ui;
+  RecordingUserInterface ui;
   const ScopedUserInterface scopedUi(ui);
   const auto exportAll = [&] { DesignToDXF(design.get(), (temp / "b.dxf").string(), 0, 1, 1); };
 
@@ -138,13 +132,13 @@ TEST(FaultInjection, FontsFailingInTheMiddleOfAPageStopTheExportWithTheirError) 
 
   for (long failAt = 0; failAt < measurements; failAt += measurements / 23 + 1) {
     SCOPED_TRACE(failAt);
-    ui.messages = 0;
+    ui.messages.clear();
     {
       FailingFonts failing(failAt);
       const ScopedFontMetrics scoped(failing);
       EXPECT_THROW(exportAll(), EnvironmentError);
     }
-    EXPECT_EQ(ui.messages, 0) << "a failed export reported completion";
+    EXPECT_TRUE(ui.messages.empty()) << "a failed export reported completion";
     g_inDesignExport = 0;  // an export ended by an error leaves it set
     exportAll();
     for (std::size_t i = 0; i < written.size(); ++i) {

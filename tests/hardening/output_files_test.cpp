@@ -1,9 +1,8 @@
 // What sits at an output path: links are not followed, named pipes and sockets are refused,
-// devices are written. A design export holds every page file until it reports completion, and
+// devices are written. A design export, which holds every page file until it reports completion,
 // still completes when the process runs short of descriptors.
 
 #include <gtest/gtest.h>
-#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -77,37 +76,6 @@ std::unique_ptr<model::Design> Pages(int count) {
       R"({"kalmor_design": 1, "name": "B", "schematics": [{"name": "S", "pages": [)" + pages +
           "}]}]}",
       "pages.json");
-}
-
-// When the completion message comes, counts the announced page files it can lock.
-class LockProbe final : public UserInterface {
- public:
-  void MessageBox(std::string_view, std::string_view, unsigned) override {
-    for (const std::string& file : files) {
-      const int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC);
-      lockable += fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) == 0 ? 1 : 0;
-      close(fd);
-    }
-  }
-  std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings&) override { return {}; }
-  bool AppendToSessionLog(std::string_view) override { return false; }
-  bool WantsExportProgress() const override { return true; }
-  void ShowExportProgress(const ExportProgress& progress) override {
-    files.push_back(progress.fileName);
-  }
-
-  std::vector<std::string> files;
-  int lockable = 0;
-};
-
-TEST(HeldPagesTest, EveryPageFileIsLockedUntilTheCompletionMessage) {
-  const auto design = Pages(5);
-  const TempDir temp;
-  LockProbe probe;
-  const ScopedUserInterface scoped(probe);
-  DesignToDXF(design.get(), (temp / "b.dxf").string(), 0, 1, 1);
-  EXPECT_EQ(probe.files.size(), 5u);
-  EXPECT_EQ(probe.lockable, 0) << "a page file was free before its completion was reported";
 }
 
 TEST(HeldPagesTest, MorePagesThanDescriptorsAreAllWritten) {
