@@ -80,32 +80,17 @@ TEST(ShapePrimitives, KindsWidthsAndLibraryAxes) {
     LineWidthT units;
     int32_t top;  // library y upward, page y downward
   };
+  using enum Shape::Kind;
+  // clang-format off
   const Case cases[] = {
-      {Shape::Kind::kPolyline, {{0, 0}, {2.54, 0}}, false, 0, dbo_type::kLine, 0, 0},
-      {Shape::Kind::kPolyline,
-       {{0, 0}, {2.54, 0}, {2.54, 2.54}},
-       false,
-       0.254,
-       dbo_type::kPolyline,
-       0,
-       -10},
-      {Shape::Kind::kPolyline,
-       {{0, 0}, {2.54, 0}, {2.54, 2.54}, {0, 0}},
-       true,
-       0.381,
-       dbo_type::kPolygon,
-       1,
-       -10},
-      {Shape::Kind::kRectangle, {{2.54, 2.54}, {0, 0}}, false, 1.016, dbo_type::kBox, 2, -10},
+      {kPolyline, {{0, 0}, {2.54, 0}}, false, 0, dbo_type::kLine, 0, 0},
+      {kPolyline, {{0, 0}, {2.54, 0}, {2.54, 2.54}}, false, 0.254, dbo_type::kPolyline, 0, -10},
+      {kPolyline, {{0, 0}, {2.54, 0}, {2.54, 2.54}, {0, 0}}, true, 0.381, dbo_type::kPolygon, 1, -10},
+      {kRectangle, {{2.54, 2.54}, {0, 0}}, false, 1.016, dbo_type::kBox, 2, -10},
       // The curve rises to 0.75 mm, three quarters of its control points' height.
-      {Shape::Kind::kBezier,
-       {{0, 0}, {1, 1}, {2, 1}, {3, 0}},
-       false,
-       0,
-       dbo_type::kPolyline,
-       0,
-       -3},
+      {kBezier, {{0, 0}, {1, 1}, {2, 1}, {3, 0}}, false, 0, dbo_type::kPolyline, 0, -3},
   };
+  // clang-format on
   for (const Case& c : cases) {
     Shape shape;
     shape.kind = c.kind;
