@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include "kicad/kicad_reader.h"
 #include "model/design.h"
 #include "model/design_data.h"
@@ -192,48 +194,24 @@ std::string WithSheet(const std::string& file) {
   return "(kicad_sch (version 20231120) (uuid \"r\")\n  " + sheet + ")";
 }
 
+// A schematic of tests/kicad/data/bad_schematics.json is its "text" or holds a "sheet" of that file
+// name; so are the other "files" its sheets read.
+std::string CaseText(const nlohmann::json& c) {
+  return c.contains("sheet") ? WithSheet(c["sheet"]) : c["text"].get<std::string>();
+}
+
 TEST(KiCadReader, RefusesBadFilesSayingWhereAndWhat) {
-  struct Case {
-    std::string text;
+  const nlohmann::json cases = nlohmann::json::parse(
+      test::ReadFileBytes(test::SourceDir() / "tests/kicad/data/bad_schematics.json"));
+  ASSERT_GT(cases.size(), 10u);
+  for (const nlohmann::json& c : cases) {
     std::map<std::string, std::string> others;
-    std::string says;
-  };
-  const Case cases[] = {
-      {"EESchema Schematic File Version 4\nLIBS:x\n",
-       {},
-       "d/t.kicad_sch:1:1: a schematic of KiCad 5 or older"},
-      {"(kicad_pcb (version 20211014))", {}, "d/t.kicad_sch:1:1: not a KiCad schematic"},
-      {"(kicad_sch (version 20171130))", {}, "d/t.kicad_sch:1:21: file version 20171130 is older"},
-      {"(kicad_sch (version 20211014)\n  (wire (pts (xy 1 2) (xy 3",
-       {},
-       "d/t.kicad_sch:2:28: the file ends inside the list (xy ...) opened at 2:23"},
-      {"(kicad_sch (version 20211014)\n  (junction (at 1 x)))",
-       {},
-       "d/t.kicad_sch:2:19: expected a y coordinate, got \"x\""},
-      {"(kicad_sch (version 20211014)\n  (wire (pts (xy 1 2))))",
-       {},
-       "d/t.kicad_sch:2:3: a wire or bus needs two points"},
-      {"(kicad_sch (version 20211014) (junction (at 1e9 0)))",
-       {},
-       "d/t.kicad_sch:1:45: an x coordinate \"1e9\" is beyond a kilometre"},
-      {WithSheet("missing.kicad_sch"),
-       {},
-       "d/t.kicad_sch:3:42: cannot read the sheet file \"missing.kicad_sch\": "},
-      {WithSheet("t.kicad_sch"), {}, "contains itself (t.kicad_sch -> t.kicad_sch)"},
-      {WithSheet("a.kicad_sch"),
-       {{"d/a.kicad_sch", WithSheet("b.kicad_sch")}, {"d/b.kicad_sch", WithSheet("a.kicad_sch")}},
-       "d/b.kicad_sch:3:42: the sheet file \"a.kicad_sch\" contains itself (t.kicad_sch -> "
-       "a.kicad_sch -> b.kicad_sch -> a.kicad_sch)"},
-      {WithSheet("sub.kicad_sch"),
-       {{"d/sub.kicad_sch", "(kicad_sch (version 20211014)\n(wire"}},
-       "d/sub.kicad_sch:2:6: the file ends inside the list (wire ...) opened at 2:1"},
-      // Control characters in names are written out, so that a NUL cannot cut the message.
-      {WithSheet(std::string("s\tu\0b", 5)),
-       {{std::string("d/s\tu\0b", 7), "  "}},
-       "d/s\\x09u\\x00b:1:1: the file is empty"},
-  };
-  for (const Case& c : cases) {
-    EXPECT_THAT(RefusalOf(c.text, c.others), HasSubstr(c.says)) << c.text;
+    const nlohmann::json files = c.value("files", nlohmann::json::object());
+    for (const auto& [path, file] : files.items()) {
+      others[path] = CaseText(file);
+    }
+    EXPECT_THAT(RefusalOf(CaseText(c), others), HasSubstr(c["says"].get<std::string>()))
+        << c["what"].get<std::string>();
   }
 }
 
