@@ -1,5 +1,5 @@
-// The derived occurrence tree and the values seen through it, read through the host
-// interface only.
+// The derived occurrence tree, read through the host interface only; the values seen through it
+// are the page tests'.
 
 #include <memory>
 #include <string>
@@ -29,15 +29,6 @@ class Hierarchy : public ::testing::Test {
   std::unique_ptr<model::Design> design =
       model::ReadDesignDocument(test::HierarchyDocument(), "h.json");
   DboState state;
-
-  const DboPage& Page(const char* schematic, const char* page) {
-    const DboPage* found = design->FindPage(schematic, page);
-    EXPECT_NE(found, nullptr);
-    return *found;
-  }
-  const DboPartInst* FirstPart(const DboPage& page) {
-    return page.NewPartInstsIter(state)->NextPartInst(state);
-  }
 };
 
 TEST_F(Hierarchy, OccurrencesAreDepthFirstInPageThenPartOrder) {
@@ -70,44 +61,6 @@ TEST_F(Hierarchy, ViewsAreTheSchematicsInDocumentOrder) {
   }
   EXPECT_EQ(names, (std::vector<std::string>{"OTHER", "ROOT", "SUB", "LEAF", "Sub"}));
   EXPECT_EQ(design->NewViewsIter(1, state)->NextView(state), nullptr);
-}
-
-TEST_F(Hierarchy, ChildOccurrenceOfAnInstanceFollowsTheParent) {
-  const DboPartInst* u3 = FirstPart(Page("SUB", "S1"));
-  for (const char* parent : {"/BLK1", "/BLK2"}) {
-    const DboInstOccurrence* child = design->FindOccurrence(parent)->GetInstOccurrence(u3, state);
-    EXPECT_EQ(child, design->FindOccurrence(std::string(parent) + "/U3")) << parent;
-  }
-  // An instance of another schematic has no child occurrence here.
-  DboState failed;
-  EXPECT_EQ(design->FindOccurrence("/BLK1/BLK9")->GetInstOccurrence(u3, failed), nullptr);
-  EXPECT_FALSE(failed.OK());
-}
-
-TEST_F(Hierarchy, PinTextsFollowThePartOccurrence) {
-  const DboPartInst* u3 = FirstPart(Page("SUB", "S1"));
-  const DboPortInst* pin = u3->NewPinsIter(0, 0, state)->NextPin(state);
-  ASSERT_EQ(pin->GetOwner(state), u3);
-  struct Case {
-    const char* block;
-    const char* name;
-    const char* number;
-  };
-  for (const Case& c : {Case{"/BLK1", "OUT", "2"}, Case{"/BLK2", "IN", "7"}}) {
-    const DboInstOccurrence* part = design->FindOccurrence(c.block)->GetInstOccurrence(u3, state);
-    const DboPortOccurrence* port = part->GetPortOccurrence(pin, state);
-    ASSERT_NE(port, nullptr);
-    std::string name;
-    std::string number;
-    port->GetPropStringById(dbo_prop::kPinName, name, state);
-    port->GetPropStringById(dbo_prop::kPinNumber, number, state);
-    EXPECT_EQ(name, c.name) << c.block;
-    EXPECT_EQ(number, c.number) << c.block;
-  }
-  // A pin asked of an occurrence of another part has no port occurrence.
-  DboState failed;
-  EXPECT_EQ(design->FindOccurrence("/U1")->GetPortOccurrence(pin, failed), nullptr);
-  EXPECT_FALSE(failed.OK());
 }
 
 TEST_F(Hierarchy, BlockOccurrencesKnowTheBlockAroundThem) {
