@@ -48,15 +48,11 @@ TEST(Tokenizer, LineBreaksInsideStringsCount) {
 
 TEST(Unescape, KnowsKiCadsEscapes) {
   const std::pair<const char*, const char*> cases[] = {
-      {R"(plain)", "plain"},
-      {R"(a\"b)", "a\"b"},
-      {R"(back\\slash)", "back\\slash"},
-      {R"(two\nlines)", "two\nlines"},
-      {R"(tab\t.)", "tab\t."},
-      {R"(\x41\x4a!)", "AJ!"},
-      {R"(\101\60)", "A0"},
-      {R"(\q)", "q"},
-      {R"(\xZ)", "\\xZ"},
+      // clang-format off
+      {R"(plain)", "plain"}, {R"(a\"b)", "a\"b"}, {R"(back\\slash)", "back\\slash"},
+      {R"(two\nlines)", "two\nlines"}, {R"(tab\t.)", "tab\t."}, {R"(\x41\x4a!)", "AJ!"},
+      {R"(\101\60)", "A0"}, {R"(\q)", "q"}, {R"(\xZ)", "\\xZ"},
+      // clang-format on
   };
   for (const auto& [raw, value] : cases) {
     EXPECT_EQ(Unescape(raw), value) << raw;

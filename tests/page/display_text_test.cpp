@@ -15,23 +15,16 @@ struct FormatCase {
 
 // Every call starts from "prior": only type 4 with a missing value may leave it.
 TEST(FormatDisplayPropText, ChoosesTheShownTextByDisplayType) {
+  // The placeholder test is case-sensitive.
   const FormatCase cases[] = {
-      {1, "", "<Value>"},
-      {1, "<Value>", "<Value>"},
-      {1, "10k", "10k"},
-      {1, "<value>", "<value>"},  // the placeholder test is case-sensitive
-      {2, "", "Value = "},
-      {2, "<Value>", "Value = "},
-      {2, "10k", "Value = 10k"},
-      {3, "", "Value"},
-      {3, "10k", "Value"},
-      {4, "", "prior"},
-      {4, "<Value>", "prior"},
-      {4, "<value>", "Value = <value>"},
+      // clang-format off
+      {1, "", "<Value>"}, {1, "<Value>", "<Value>"}, {1, "10k", "10k"}, {1, "<value>", "<value>"},
+      {2, "", "Value = "}, {2, "<Value>", "Value = "}, {2, "10k", "Value = 10k"},
+      {3, "", "Value"}, {3, "10k", "Value"},
+      {4, "", "prior"}, {4, "<Value>", "prior"}, {4, "<value>", "Value = <value>"},
       {4, "10k", "Value = 10k"},
-      {0, "<Value>", "<Value>"},
-      {7, "", ""},
-      {-1, "10k", "10k"},
+      {0, "<Value>", "<Value>"}, {7, "", ""}, {-1, "10k", "10k"},
+      // clang-format on
   };
   for (const FormatCase& c : cases) {
     std::string out = "prior";

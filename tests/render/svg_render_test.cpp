@@ -35,15 +35,10 @@ TEST(BulgeArc, CentreRadiusSweepAndExtentFollowTheBulge) {
       {"half, ccw", {-1, 0}, {1, 0}, 1, {0, 0}, 1, pi, {-1, -1}, {1, 0}},
       {"half, cw", {-1, 0}, {1, 0}, -1, {0, 0}, 1, -pi, {-1, 0}, {1, 1}},
       {"quarter", {1, 0}, {0, 1}, std::tan(pi / 8), {0, 0}, 1, pi / 2, {0, 0}, {1, 1}},
-      {"three quarters, cw",
-       {1, 0},
-       {0, 1},
-       -std::tan(3 * pi / 8),
-       {0, 0},
-       1,
-       -1.5 * pi,
-       {-1, -1},
-       {1, 1}},
+      // clang-format off
+      {"three quarters, cw", {1, 0}, {0, 1}, -std::tan(3 * pi / 8), {0, 0}, 1, -1.5 * pi,
+       {-1, -1}, {1, 1}},
+      // clang-format on
       {"shallow", {0, 0}, {2, 0}, 0.5, {1, 0.75}, 1.25, 4 * std::atan(0.5), {0, -0.5}, {2, 0}},
   };
   for (const ArcCase& c : cases) {
