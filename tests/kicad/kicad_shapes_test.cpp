@@ -85,7 +85,8 @@ TEST(ShapePrimitives, KindsWidthsAndLibraryAxes) {
   const Case cases[] = {
       {kPolyline, {{0, 0}, {2.54, 0}}, false, 0, dbo_type::kLine, 0, 0},
       {kPolyline, {{0, 0}, {2.54, 0}, {2.54, 2.54}}, false, 0.254, dbo_type::kPolyline, 0, -10},
-      {kPolyline, {{0, 0}, {2.54, 0}, {2.54, 2.54}, {0, 0}}, true, 0.381, dbo_type::kPolygon, 1, -10},
+      {kPolyline, {{0, 0}, {2.54, 0}, {2.54, 2.54}, {0, 0}}, true, 0.381, dbo_type::kPolygon, 1,
+       -10},
       {kRectangle, {{2.54, 2.54}, {0, 0}}, false, 1.016, dbo_type::kBox, 2, -10},
       // The curve rises to 0.75 mm, three quarters of its control points' height.
       {kBezier, {{0, 0}, {1, 1}, {2, 1}, {3, 0}}, false, 0, dbo_type::kPolyline, 0, -3},
