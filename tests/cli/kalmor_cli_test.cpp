@@ -21,16 +21,6 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using Args = std::vector<std::string>;
 
-// One schematic S with pages of the given (JSON-escaped) names.
-std::string WithPages(const Args& names) {
-  std::string pages;
-  for (const std::string& name : names) {
-    pages += (pages.empty() ? "{ \"name\": \"" : "\" }, { \"name\": \"") + name;
-  }
-  return R"({ "kalmor_design": 1, "name": "B", "schematics": [ { "name": "S", "pages": [ )" +
-         pages + "\" } ] } ] }";
-}
-
 class KalmorCliTest : public CommandTest {
  protected:
   std::string Hierarchy() { return Write("board.json", HierarchyDocument()); }
@@ -154,8 +144,8 @@ TEST_F(KalmorCliTest, NoUsableFontExitsFourAndWritesNothing) {
 }
 
 TEST_F(KalmorCliTest, UnusableNamesAreRefusedUnlessTakenRaw) {
-  const CommandResult refused =
-      RunKalmor({"export", Write("refused.json", WithPages({"OK", "../up", "a\\\\b", "", "."}))});
+  const CommandResult refused = RunKalmor(
+      {"export", Write("refused.json", PagesDocument({{"S", "OK", "../up", "a\\\\b", "", "."}}))});
   EXPECT_EQ(refused.status, 1);
   EXPECT_EQ(refused.err,
             "kalmor: schematic \"S\", page \"../up\": the page name holds a '/'\n"
@@ -165,7 +155,7 @@ TEST_F(KalmorCliTest, UnusableNamesAreRefusedUnlessTakenRaw) {
             "kalmor: nothing written; --raw-names takes the names as they are\n");
   EXPECT_THAT(FileNames(temp.path()), ElementsAre("refused.json"));
 
-  const std::string raw = Write("raw.json", WithPages({"a\\\\b", "tab\\there"}));
+  const std::string raw = Write("raw.json", PagesDocument({{"S", "a\\\\b", "tab\\there"}}));
   EXPECT_EQ(RunKalmor({"export", raw, "--raw-names"}).status, 0);
   EXPECT_TRUE(fs::exists(temp / "raw_S_a\\b.dxf"));
   EXPECT_TRUE(fs::exists(temp / "raw_S_tab\there.dxf"));
@@ -205,7 +195,7 @@ TEST_F(KalmorCliTest, CheckCountsObjectsPerPage) {
   EXPECT_THAT(result.out, HasSubstr("  page S1: 1 title block, 1 part, 1 wire, 0 globals, 1 port, "
                                     "0 off-page connectors, 0 bus entries, 0 graphics\n"));
 
-  const CommandResult noted = RunKalmor({"check", Write("n.json", WithPages({"a/b"}))});
+  const CommandResult noted = RunKalmor({"check", Write("n.json", PagesDocument({{"S", "a/b"}}))});
   EXPECT_THAT(noted.out, HasSubstr("note: export refuses schematic \"S\", page \"a/b\": the page "
                                    "name holds a '/' (--raw-names takes it)\n"));
 }

@@ -31,16 +31,10 @@ constexpr char kEmptyPageFile[] =
     " 0\r\nENDSEC\r\n 0\r\nEOF\r\n";
 
 // One schematic S whose pages, named as given, hold nothing and hide their border.
-std::unique_ptr<model::Design> EmptyPages(const std::vector<std::string>& names) {
-  std::string pages;
-  for (const std::string& name : names) {
-    pages += (pages.empty() ? "" : ",") + std::string(R"({ "name": ")") + name +
-             R"(", "border": { "visible": false } })";
-  }
+std::unique_ptr<model::Design> EmptyPages(std::vector<std::string> names) {
+  names.insert(names.begin(), "S");
   return model::ReadDesignDocument(
-      R"({ "kalmor_design": 1, "name": "BOARD", "schematics": [ { "name": "S", "pages": [)" +
-          pages + "] } ] }",
-      "empty.json");
+      test::PagesDocument({names}, R"("border": {"visible": false})", "BOARD"), "empty.json");
 }
 
 class DxfExportTest : public ::testing::Test {

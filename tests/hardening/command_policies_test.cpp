@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "cli/run_kalmor.h"
+#include "support/page_fixture.h"
 #include "support/paths.h"
 
 namespace kalmor::test {
@@ -20,20 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using Args = std::vector<std::string>;
-
-// A design whose schematics hold the pages listed after each schematic's name.
-std::string Design(const std::vector<Args>& schematics, const std::string& name = "B") {
-  std::string json = R"({"kalmor_design": 1, "name": ")" + name + R"(", "schematics": [)";
-  for (std::size_t s = 0; s < schematics.size(); ++s) {
-    json +=
-        (s == 0 ? "" : ", ") + std::string(R"({"name": ")") + schematics[s][0] + R"(", "pages": [)";
-    for (std::size_t p = 1; p < schematics[s].size(); ++p) {
-      json += (p == 1 ? "" : ", ") + std::string(R"({"name": ")") + schematics[s][p] + "\"}";
-    }
-    json += "]}";
-  }
-  return json + "]}";
-}
 
 using CommandPoliciesTest = CommandTest;
 
@@ -62,7 +49,7 @@ TEST_F(CommandPoliciesTest, FileNamesAreRefusedBeforeAnythingIsWritten) {
     SCOPED_TRACE(c.message);
     fs::remove_all(temp / "out");
     fs::create_directories(temp / "out" / "o_S_sub");
-    Args arguments = {"export", Write("o.json", Design(c.schematics)), "-o", In("out")};
+    Args arguments = {"export", Write("o.json", PagesDocument(c.schematics)), "-o", In("out")};
     arguments.insert(arguments.end(), c.options.begin(), c.options.end());
     const CommandResult result = RunKalmor(arguments);
     EXPECT_EQ(result.status, 1);
@@ -83,9 +70,9 @@ TEST_F(CommandPoliciesTest, AnOutputThatIsAnInputIsRefused) {
   };
   for (const auto& [input, command] : cases) {
     fs::remove(temp / "hard.json");
-    Write("d.json", Design({{"S", "P"}}));
+    Write("d.json", PagesDocument({{"S", "P"}}));
     fs::create_hard_link(temp / "d.json", temp / "hard.json");
-    Write("x_S_P.dxf", Design({{"S", "P"}}));
+    Write("x_S_P.dxf", PagesDocument({{"S", "P"}}));
     Write("r.dxf", " 0\nSECTION\n 2\nENTITIES\n 0\nENDSEC\n 0\nEOF\n");
     const std::string before = ReadFileBytes(temp / input);
     Args arguments = command;
@@ -120,14 +107,14 @@ TEST_F(CommandPoliciesTest, InputsMustBeFilesOrPipesOfBoundedSize) {
     }
   }
   // A pipe has no size to check beforehand; it is read.
-  const std::string pipeCommand = "cat " + Write("p.json", Design({{"S", "P"}})) + " | " +
+  const std::string pipeCommand = "cat " + Write("p.json", PagesDocument({{"S", "P"}})) + " | " +
                                   KALMOR_CLI_PATH + " check /dev/stdin >/dev/null";
   EXPECT_EQ(std::system(pipeCommand.c_str()), 0);
 }
 
 TEST_F(CommandPoliciesTest, PageWithStandardOutputClosedOrItsFileNameOnStandardInput) {
-  const Args page = {"page", Write("d.json", Design({{"S", "P"}})), "--schematic", "S", "--page",
-                     "P"};
+  const Args page = {
+      "page", Write("d.json", PagesDocument({{"S", "P"}})), "--schematic", "S", "--page", "P"};
   const auto run = [&](const std::string& output, const CommandSetting& setting) {
     Args arguments = page;
     if (!output.empty()) {
@@ -154,18 +141,18 @@ TEST_F(CommandPoliciesTest, MessagesStayShortWhateverTheNames) {
   for (int i = 0; i < 30; ++i) {
     many.push_back({"SCHEMATIC" + std::to_string(i), "P"});
   }
-  const std::string nul = Write("nul.json", Design({{"A\\u0000B", "P"}}));
+  const std::string nul = Write("nul.json", PagesDocument({{"A\\u0000B", "P"}}));
   const std::string longName(100000, 'x');
-  const std::string longPage = Write("page.json", Design({{"S", longName}}));
+  const std::string longPage = Write("page.json", PagesDocument({{"S", longName}}));
   fs::create_directory(temp / "out");
   const std::pair<Args, std::string> cases[] = {
       // the command, and a part of its message
-      {{"page", Write("many.json", Design(many)), "--schematic", "NONE", "--page", "P", "-o",
+      {{"page", Write("many.json", PagesDocument(many)), "--schematic", "NONE", "--page", "P", "-o",
         In("x.dxf")},
        "\"SCHEMATIC11\" and 18 more)\n"},
       {{"page", longPage, "--schematic", "S", "--page", longName + "y", "-o", In("x.dxf")},
        "has no page \"xxx"},
-      {{"export", Write("long.json", Design({{"S", "P"}}, longName)), "-o", In("out")},
+      {{"export", Write("long.json", PagesDocument({{"S", "P"}}, "", longName)), "-o", In("out")},
        "COMPLETE: xxx"},
       {{"page", nul, "--schematic", "NONE", "--page", "P", "-o", In("x.dxf")},
        "(it has: \"A\\x00B\")\n"},

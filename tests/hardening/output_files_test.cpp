@@ -20,6 +20,7 @@
 #include "kalmor/export.h"
 #include "model/design.h"
 #include "model/design_reader.h"
+#include "support/page_fixture.h"
 #include "support/paths.h"
 
 namespace kalmor::test {
@@ -67,19 +68,12 @@ TEST(OutputTargetTest, ANulInThePathKeepsTheReasonInTheMessage) {
   EXPECT_EQ(std::string(error.what()), "cannot write a\\x00b.dxf: the name holds a NUL character");
 }
 
-std::unique_ptr<model::Design> Pages(int count) {
-  std::string pages;
-  for (int i = 0; i < count; ++i) {
-    pages += (i == 0 ? "{\"name\": \"P" : "}, {\"name\": \"P") + std::to_string(i) + "\"";
-  }
-  return model::ReadDesignDocument(
-      R"({"kalmor_design": 1, "name": "B", "schematics": [{"name": "S", "pages": [)" + pages +
-          "}]}]}",
-      "pages.json");
-}
-
 TEST(HeldPagesTest, MorePagesThanDescriptorsAreAllWritten) {
-  const auto design = Pages(40);
+  std::vector<std::string> pages = {"S"};
+  for (int i = 0; i < 40; ++i) {
+    pages.push_back("P" + std::to_string(i));
+  }
+  const auto design = model::ReadDesignDocument(PagesDocument({pages}), "pages.json");
   const std::vector<std::string> expected = ExportPagesInMemory(*design);
   const TempDir temp;
   rlimit previous{};

@@ -19,6 +19,22 @@ std::string OnePageDesign(std::string_view pageMembers, std::string_view symbols
          R"(, "schematics": [{"name": "S", "pages": [)" + page + "]}]}";
 }
 
+std::string PagesDocument(const std::vector<std::vector<std::string>>& schematics,
+                          std::string_view pageMembers, std::string_view name) {
+  const std::string members = pageMembers.empty() ? "" : ", " + std::string(pageMembers);
+  std::string json =
+      R"({"kalmor_design": 1, "name": ")" + std::string(name) + R"(", "schematics": [)";
+  for (const std::vector<std::string>& schematic : schematics) {
+    json += (json.back() == '[' ? R"({"name": ")" : R"(, {"name": ")") + schematic.at(0) +
+            R"(", "pages": [)";
+    for (std::size_t p = 1; p < schematic.size(); ++p) {
+      json += (p == 1 ? R"({"name": ")" : R"(, {"name": ")") + schematic[p] + '"' + members + "}";
+    }
+    json += "]}";
+  }
+  return json + "]}";
+}
+
 std::string HierarchyDocument() {
   return ReadFileBytes(SourceDir() / "tests/support/data/hierarchy.json");
 }

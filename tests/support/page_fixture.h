@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "dxf/byte_sink.h"
 #include "kalmor/dbo.h"
@@ -20,6 +21,11 @@ namespace kalmor::test {
 // given `symbols` object. pin_to_pin, width and height take the document defaults unless the
 // members set them.
 std::string OnePageDesign(std::string_view pageMembers, std::string_view symbols = "{}");
+
+// A design named `name` whose schematics are given as their name followed by their pages' names
+// (JSON-escaped), every page holding `pageMembers`.
+std::string PagesDocument(const std::vector<std::vector<std::string>>& schematics,
+                          std::string_view pageMembers = "", std::string_view name = "B");
 
 // The design of the tests of a hierarchy (tests/support/data/hierarchy.json): ROOT places U1 and
 // BLK1 on R1 and BLK2 on R2, both blocks showing SUB; SUB's S1 holds U3, a wire, a title block and
