@@ -18,15 +18,5 @@ TEST(PageWalkTest, PageHeightIsTruncatedToPinToPinTenths) {
   }
 }
 
-TEST(PageWalkTest, EmptyPageWithHiddenBorderWritesNothingAndReturnsOK) {
-  PageFixture fixture(OnePageDesign(R"("border": { "visible": false })"));
-  MemorySink out;
-  DboState status(DboState::kFailed);
-  DboState& returned = PageTranslator(status, fixture.page(), nullptr, 1, 1, out, "");
-  EXPECT_EQ(&returned, &status);
-  EXPECT_TRUE(status.OK());
-  EXPECT_EQ(out.bytes(), "");
-}
-
 }  // namespace
 }  // namespace kalmor
