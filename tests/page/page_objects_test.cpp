@@ -20,6 +20,14 @@ namespace {
 using test::EntityLines;
 using Lines = std::vector<std::string>;
 
+TEST(PageWalk, PageHeightIsTruncatedToPinToPinTenths) {
+  for (const auto& [height, H] : {std::pair{8500, 850}, {8505, 850}, {8509, 850}, {-8505, -850}}) {
+    test::PageFixture fixture(test::OnePageDesign(R"("height": )" + std::to_string(height)));
+    EXPECT_EQ(fixture.context().H, H) << height;
+    EXPECT_DOUBLE_EQ(fixture.context().Y(100), (H - 100) * 0.01) << height;
+  }
+}
+
 struct PointCase {
   RotationT rotation;
   int32_t mirror;
