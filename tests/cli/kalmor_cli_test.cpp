@@ -1,3 +1,6 @@
+// The kalmor command run as a process, on design documents and KiCad schematics, and the names
+// of pages it refuses to write.
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +12,9 @@
 #include <vector>
 
 #include "cli/run_kalmor.h"
+#include "cli/unusable_names.h"
+#include "model/design.h"
+#include "model/design_reader.h"
 #include "support/page_fixture.h"
 #include "support/paths.h"
 
@@ -236,5 +242,105 @@ TEST_F(KalmorCliTest, ProgressLineShowsOnATerminalOnly) {
   EXPECT_EQ(RunKalmor({"export", design}).err, "");
 }
 
+// KiCad schematics given to the commands other than export, and what a bad or newer file does
+// to the exit status, the messages and the files.
+
+std::string Newer() {
+  return (SourceDir() / "tests/kicad/data/newer/newer.kicad_sch").string();
+}
+
+TEST(KiCadCli, CheckAndPageTakeKiCadSchematics) {
+  const CommandResult check = RunKalmor({"check", Newer()});
+  ASSERT_EQ(check.status, 0) << check.err;
+  EXPECT_THAT(check.out, StartsWith("design newer: 2 schematics, 2 pages\n"
+                                    "schematic newer: 1 page\n"
+                                    "  page 1: 1 title block, 5 parts, 3 wires, 2 globals,"));
+
+  const TempDir temp;
+  const std::string page = (temp / "b.dxf").string();
+  const CommandResult written = RunKalmor({"page", Newer(), "--schematic", "channel", "--page", "2",
+                                           "--occurrence", "/CH_B", "-o", page});
+  ASSERT_EQ(written.status, 0) << written.err;
+  const std::string bytes = ReadFileBytes(page);
+  EXPECT_THAT(bytes, HasSubstr("\r\nC201\r\n"));
+  EXPECT_THAT(bytes, HasSubstr("\r\nSheet: /CH_B/\r\n"));
+  EXPECT_THAT(bytes, ::testing::Not(HasSubstr("C101")));
+}
+
+// The reader's test has the messages of every kind of bad file; any of them stops the command.
+TEST(KiCadCli, ABadFileStopsEverythingWithItsPlace) {
+  const TempDir temp;
+  const fs::path design = temp / "bad.kicad_sch";
+  std::ofstream(design, std::ios::binary)
+      << "(kicad_sch (version 20211014) (sheet (at 0 0) (size 10 10) (property \"Sheetname\" "
+         "\"A\" (id 0)) (property \"Sheetfile\" \"gone.kicad_sch\" (id 1))))";
+  const fs::path out = temp / "out";
+  fs::create_directories(out);
+  for (const char* command : {"export", "convert"}) {
+    const CommandResult result =
+        RunKalmor({command, design.string(), "-o", (out / "d.json").string()});
+    EXPECT_EQ(result.status, 1) << command;
+    EXPECT_THAT(result.err, StartsWith("kalmor: " + design.string() +
+                                       ":1:94: cannot read the sheet file \"gone.kicad_sch\": "));
+    EXPECT_TRUE(fs::is_empty(out)) << command;
+  }
+}
+
+TEST(KiCadCli, NewerVersionsExportWithOneWarning) {
+  const TempDir temp;
+  const fs::path design = temp / "future.kicad_sch";
+  std::ofstream(design) << "(kicad_sch (version 20991231) (generator \"eeschema\")\n"
+                           "  (wire (pts (xy 0 0) (xy 2.54 0))))";
+  const CommandResult result =
+      RunKalmor({"export", design.string(), "-o", (temp / "f.dxf").string()});
+  ASSERT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.err, "kalmor: " + design.string() +
+                            ":1:21: warning: file version 20991231 is newer than this reader "
+                            "knows (20250114); what it does not know is left out\n");
+  EXPECT_TRUE(fs::exists(temp / "f_future_1.dxf"));
+}
+
+TEST(KiCadCli, ConvertNeedsAnOutputItCanWrite) {
+  EXPECT_EQ(RunKalmor({"convert", Newer()}).status, 2);
+  const CommandResult result = RunKalmor({"convert", Newer(), "-o", "/nonexistent-folder/d.json"});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_THAT(result.err, HasSubstr("/nonexistent-folder/d.json"));
+}
+
 }  // namespace
 }  // namespace kalmor::test
+
+namespace kalmor::cli {
+namespace {
+
+using namespace std::string_literals;
+
+using namespace std::string_literals;
+
+constexpr char kNames[] = R"({ "kalmor_design": 1, "name": "B", "schematics": [
+  { "name": "A/B", "pages": [ { "name": "" } ] },
+  { "name": "FINE", "pages": [ { "name": "Page 1.a" }, { "name": "../up" } ] } ] })";
+
+TEST(UnusableNamesTest, FoundInExportOrderWithTheirReasons) {
+  const auto design = model::ReadDesignDocument(kNames, "names.json");
+  const std::vector<UnusableName> found = FindUnusableNames(*design);
+  ASSERT_EQ(found.size(), 3u);
+  EXPECT_EQ(found[0].schematicName, "A/B");
+  EXPECT_EQ(found[0].reason, "the schematic name holds a '/'");
+  EXPECT_EQ(found[1].reason, "the page name is empty");
+  EXPECT_EQ(found[2].pageName, "../up");
+  EXPECT_EQ(found[2].reason, "the page name holds a '/'");
+}
+
+TEST(UnusableNamesTest, UnusableNames) {
+  for (const char* usable : {"PAGE1", "Page 1", "a.b", "...", "Ω-sheet", "x:y"}) {
+    EXPECT_FALSE(UnusableNameReason(usable).has_value()) << usable;
+  }
+  for (const std::string& unusable :
+       {""s, "."s, ".."s, "a/b"s, "a\\b"s, "tab\there"s, "del\x7f"s, "nul\0"s, "\x1b[2J"s}) {
+    EXPECT_TRUE(UnusableNameReason(unusable).has_value()) << unusable;
+  }
+}
+
+}  // namespace
+}  // namespace kalmor::cli
