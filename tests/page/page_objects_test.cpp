@@ -20,6 +20,22 @@ namespace {
 using test::EntityLines;
 using Lines = std::vector<std::string>;
 
+// The records `translate` writes for the page of a design whose one page has `members`.
+Lines Records(void (*translate)(PageContext&), const std::string& members) {
+  test::PageFixture page(test::OnePageDesign(members));
+  translate(page.context());
+  return EntityLines(page.bytes());
+}
+Lines PartRecords(const std::string& members) {
+  return Records(&TranslatePartInsts, members);
+}
+Lines WireRecords(const std::string& members) {
+  return Records(&TranslateWires, members);
+}
+Lines Graphics(const std::string& graphics) {
+  return Records(&TranslateCommentGraphics, R"("graphics": [)" + graphics + "]");
+}
+
 TEST(PageWalk, PageHeightIsTruncatedToPinToPinTenths) {
   for (const auto& [height, H] : {std::pair{8500, 850}, {8505, 850}, {8509, 850}, {-8505, -850}}) {
     test::PageFixture fixture(test::OnePageDesign(R"("height": )" + std::to_string(height)));
@@ -98,12 +114,6 @@ TEST(FormatDisplayPropText, ChoosesTheShownTextByDisplayType) {
   }
 }
 
-std::string FrameBytes(const std::string& border) {
-  test::PageFixture page(test::OnePageDesign(R"("border": )" + border));
-  TranslateFrame(page.context());
-  return page.bytes();
-}
-
 // The frame's geometry at the default settings is pinned by the golden pages; what the settings
 // change is counted here.
 TEST(Frame, LabelsBySideCountStyleAndOrder) {
@@ -125,14 +135,15 @@ TEST(Frame, LabelsBySideCountStyleAndOrder) {
   for (const Case& c : cases) {
     SCOPED_TRACE(::testing::Message() << c.count << (c.letters ? " letters" : " numbers")
                                       << (c.ascending ? " ascending" : " descending"));
-    const std::string bytes =
-        FrameBytes(R"({"vertical_count": 1, "horizontal_count": )" + std::to_string(c.count) +
-                   R"(, "horizontal_letters": )" + (c.letters ? "true" : "false") +
-                   R"(, "horizontal_ascending": )" + (c.ascending ? "true" : "false") + "}");
+    const Lines lines = Records(
+        &TranslateFrame, R"("border": {"vertical_count": 1, "horizontal_count": )" +
+                             std::to_string(c.count) + R"(, "horizontal_letters": )" +
+                             (c.letters ? "true" : "false") + R"(, "horizontal_ascending": )" +
+                             (c.ascending ? "true" : "false") + "}");
     // Each zone's label stands twice, bottom then top; the single row's two labels follow.
     std::vector<std::string> labels;
     int solids = 0, polylines = 0;
-    for (const std::string& line : EntityLines(bytes)) {
+    for (const std::string& line : lines) {
       solids += line.starts_with("SOLID");
       polylines += line.starts_with("POLYLINE");
       if (line.starts_with("TEXT")) {
@@ -147,12 +158,6 @@ TEST(Frame, LabelsBySideCountStyleAndOrder) {
     EXPECT_EQ(solids, c.solids);
     EXPECT_EQ(polylines, c.polylines);
   }
-}
-
-Lines PartRecords(const std::string& pageMembers) {
-  test::PageFixture fixture(test::OnePageDesign(pageMembers));
-  TranslatePartInsts(fixture.context());
-  return EntityLines(fixture.bytes());
 }
 
 TEST(PartInstances, QuarterTurnPlacesTextAndBodyInTheExchangedBox) {
@@ -246,9 +251,7 @@ Lines PinRecords(const char* kind, const char* box, const char* location, const 
       std::string(R"("parts": [{"id": "X1", "kind": ")") + kind + R"(", "symbol": {"bbox": )" +
       box + R"(, "vectors": []}, "location": )" + location + R"(, "pin_names_visible": )" +
       visible + R"(, "pin_numbers_visible": )" + visible + R"(, "pins": [)" + c.pin + "]}]";
-  test::PageFixture fixture(test::OnePageDesign(c.pageMembers + part));
-  TranslatePartInsts(fixture.context());
-  const Lines all = EntityLines(fixture.bytes());
+  const Lines all = PartRecords(c.pageMembers + part);
   return all.size() < skip ? all : Lines(all.begin() + skip, all.end());
 }
 
@@ -399,23 +402,15 @@ TEST(TitleBlocks, ScaleFactorScalesLocationFontAndGraphics) {
   // At 0.5 the font of height -13 becomes -6, the location (20, 10) moves by (10, 5) from the
   // corner (500, 750), and the line 100 long draws 50 long. The raw value is written whatever
   // the display type.
-  test::PageFixture fixture(test::OnePageDesign(R"("pin_to_pin_scale_factor": 0.5,
+  EXPECT_EQ(Records(&TranslateTitleBlocks, R"("pin_to_pin_scale_factor": 0.5,
       "title_blocks": [{"location": [500, 100],
         "symbol": {"bbox": [0, 0, 100, 40],
                    "vectors": [{"type": "line", "start": [0, 0], "end": [100, 0]}]},
         "properties": [{"name": "Title", "value": "TITLE1", "display": 3, "location": [20, 10],
-                        "font": {"height": -13}}]}])"));
-  TranslateTitleBlocks(fixture.context());
-  EXPECT_EQ(EntityLines(fixture.bytes()),
+                        "font": {"height": -13}}]}])"),
             (Lines{"TEXT TITLE 10=5.1000 20=7.3857 40=0.0343 1=TITLE1",
                    "POLYLINE TITLE 66=1 10=0.0 20=0.0", "VERTEX TITLE 10=5.0000 20=7.5000",
                    "VERTEX TITLE 10=5.5000 20=7.5000", "SEQEND TITLE"}));
-}
-
-Lines WireRecords(const std::string& members) {
-  test::PageFixture page(test::OnePageDesign(members));
-  TranslateWires(page.context());
-  return EntityLines(page.bytes());
 }
 
 // The records of a wire from page (100, 200) to (300, 200), then `more`.
@@ -487,18 +482,10 @@ TEST(Wires, PropertyValueFollowsTheOccurrence) {
 }
 
 TEST(BusEntries, EachIsAThinSegmentFromEntryToEnd) {
-  test::PageFixture page(test::OnePageDesign(R"("bus_entries": [
-      {"entry": [100, 200], "end": [300, 200]}, {"entry": [0, 850], "end": [-10, 860]}])"));
-  TranslateBusEntries(page.context());
-  EXPECT_EQ(EntityLines(page.bytes()),
+  EXPECT_EQ(Records(&TranslateBusEntries, R"("bus_entries": [
+      {"entry": [100, 200], "end": [300, 200]}, {"entry": [0, 850], "end": [-10, 860]}])"),
             Wire(kThin, {"POLYLINE WIRE 66=1 10=0.0 20=0.0", "VERTEX WIRE 10=0.0000 20=0.0000",
                          "VERTEX WIRE 10=-0.1000 20=-0.1000", "SEQEND WIRE"}));
-}
-
-Lines Graphics(const std::string& graphics) {
-  test::PageFixture page(test::OnePageDesign(R"("graphics": [)" + graphics + "]"));
-  TranslateCommentGraphics(page.context());
-  return EntityLines(page.bytes());
 }
 
 // A polyline on `layer`: its header, a vertex per "10=x 20=y", and its end. `width` is printed as
