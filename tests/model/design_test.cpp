@@ -1,16 +1,21 @@
-// The derived occurrence tree, read through the host interface only; the values seen through it
-// are the page tests'.
+// The design as the host sees it: the occurrence tree derived from the hierarchy, read through the
+// host interface only (the values seen through it are the page tests'); and the design written
+// out as a document, which reads back to the same pages and writes again to the same document.
+
+#include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
+#include "hardening/export_in_memory.h"
 #include "kalmor/dbo.h"
+#include "kicad/kicad_reader.h"
 #include "model/design.h"
 #include "model/design_reader.h"
+#include "model/design_writer.h"
 #include "support/page_fixture.h"
+#include "support/paths.h"
 
 namespace kalmor {
 namespace {
@@ -83,6 +88,42 @@ TEST(HierarchyLimits, DesignWithoutSchematicsHasNoOccurrences) {
   EXPECT_EQ(design->NewOccurrencesIter(state)->NextOccurrence(state), nullptr);
   EXPECT_EQ(design->NewViewsIter(6, state)->NextView(state), nullptr);
   EXPECT_EQ(design->rootName(), "");
+}
+
+void ExpectRoundTrip(const model::Design& design) {
+  const std::string document = model::WriteDesignDocument(design);
+  const auto reread = model::ReadDesignDocument(document, "written.json");
+  EXPECT_EQ(test::ExportPagesInMemory(*reread), test::ExportPagesInMemory(design));
+  EXPECT_EQ(model::WriteDesignDocument(*reread), document);
+}
+
+TEST(DesignWriter, ExamplesRoundTrip) {
+  for (const char* name : {"board.json", "tiny.json"}) {
+    SCOPED_TRACE(name);
+    ExpectRoundTrip(*model::LoadDesignDocument((test::SourceDir() / "examples" / name).string()));
+  }
+}
+
+TEST(DesignWriter, KiCadDesignRoundTrips) {
+  const kicad::KiCadDesign read = kicad::LoadKiCadSchematic(
+      (test::SourceDir() / "tests/kicad/data/newer/newer.kicad_sch").string());
+  ExpectRoundTrip(*read.design);
+}
+
+TEST(DesignWriter, WritesTextsInUtf8AndNamesAsTheyAre) {
+  const auto design = model::ReadDesignDocument(
+      R"({"kalmor_design": 1, "name": "q\"\\\n\u0001)"
+      "\xB5"
+      R"(", "schematics": [{"name": "S", "pages": [{"name": "P", "wires": [{"start": [0, 0],
+          "end": [1, 0], "aliases": [{"name": "100µF Ω 😀", "location": [0, 0]}]}]}]}]})",
+      "q.json");
+  const std::string document = model::WriteDesignDocument(*design);
+  EXPECT_NE(document.find(R"("name": "q\"\\\n\u0001)"
+                          "\xB5"
+                          "\""),
+            std::string::npos)
+      << document;
+  EXPECT_NE(document.find(R"("name": "100µF Ω 😀")"), std::string::npos) << document;
 }
 
 }  // namespace
