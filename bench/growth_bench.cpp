@@ -125,8 +125,7 @@ void BM_ManyFonts(benchmark::State& state) {
       kalmor::LogFont font;
       font.lfHeight = static_cast<int32_t>(-(8 + next % 64));
       font.lfWidth = static_cast<int32_t>(1 + next / 64);
-      const kalmor::CVelText text("R17", {0, 0}, font, kalmor::CVelText::kStyleText,
-                                  kalmor::CVelText::kFormatCalcRect);
+      const kalmor::CVelText text("R17", {0, 0}, font);
       benchmark::DoNotOptimize(text.GetBoundingRect());
     }
   }

@@ -28,8 +28,7 @@ kalmor::LogFont Arial() {
 }
 
 int32_t MeasureOne(std::size_t i) {
-  const CVelText shape(kTexts[i % kTexts.size()], {0, 0}, Arial(), CVelText::kStyleText,
-                       CVelText::kFormatCalcRect);
+  const CVelText shape(kTexts[i % kTexts.size()], {0, 0}, Arial());
   return shape.GetBoundingRect().right;
 }
 

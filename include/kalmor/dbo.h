@@ -56,6 +56,9 @@ inline constexpr int32_t kPinName = 3495;
 inline constexpr int32_t kPinNumber = 3496;
 }  // namespace dbo_prop
 
+// The iteration mode of DboLib::NewViewsIter that selects the design's schematic views.
+inline constexpr int32_t kSchematicViews = 6;
+
 class DboView;
 class DboSchematic;
 class DboPage;
@@ -202,7 +205,7 @@ class KALMOR_API DboNamedObject : public DboBaseObject {
 
 class KALMOR_API DboLib : public DboNamedObject {
  public:
-  // Iteration mode 6 selects the design's schematic views.
+  // Iteration mode kSchematicViews selects the design's schematic views.
   virtual std::unique_ptr<DboLibViewsIter> NewViewsIter(int32_t mode, DboState& state) const = 0;
 };
 

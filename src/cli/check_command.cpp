@@ -9,19 +9,17 @@
 #include "cli/terminal_ui.h"
 #include "cli/unusable_names.h"
 #include "export/output_names.h"
+#include "host/dbo_reading.h"
 
 namespace kalmor::cli {
 namespace {
 
 // How many objects an iterator yields; a missing iterator yields none.
 template <typename Iter, typename Object>
-int CountOf(std::unique_ptr<Iter> iter, const Object* (Iter::*next)(DboState&), DboState& state) {
+int CountOf(const std::unique_ptr<Iter>& iter, const Object* (Iter::*next)(DboState&),
+            DboState& state) {
   int count = 0;
-  if (iter != nullptr) {
-    while (((*iter).*next)(state) != nullptr) {
-      ++count;
-    }
-  }
+  ForEachDbo(iter, next, state, [&count](const Object&) { ++count; });
   return count;
 }
 
@@ -60,6 +58,15 @@ std::string PageSummary(const DboPage& page, DboState& state) {
   return summary;
 }
 
+// One line a page, with its counts.
+std::vector<std::string> PageLines(const DboSchematic& schematic, DboState& state) {
+  std::vector<std::string> lines;
+  ForEachPage(schematic, state, [&](const DboPage& page) {
+    lines.push_back("  page " + Shortened(NameOf(page)) + ": " + PageSummary(page, state));
+  });
+  return lines;
+}
+
 // The file an export with no -o would begin its page files with.
 std::string DefaultStem(const std::string& designPath) {
   return MakeOutputStem(std::filesystem::path(designPath).replace_extension(".dxf").string());
@@ -77,49 +84,34 @@ int RunCheck(const std::string& designPath) {
   std::vector<std::string> lines;
   int schematicCount = 0;
   int pageCount = 0;
-  if (const auto views = design.NewViewsIter(6, state)) {
-    while (const DboView* view = views->NextView(state)) {
-      std::string name;
-      view->GetName(name, state);
-      const DboSchematic* schematic = view->AsSchematic();
-      if (schematic == nullptr) {
-        continue;
-      }
+  ForEachSchematicView(design, state, [&](const DboView& view) {
+    if (const DboSchematic* schematic = view.AsSchematic()) {
+      const std::vector<std::string> pageLines = PageLines(*schematic, state);
       ++schematicCount;
-      std::vector<std::string> pageLines;
-      if (const auto pages = schematic->NewPagesIter(state)) {
-        while (const DboPage* page = pages->NextPage(state)) {
-          std::string pageName;
-          page->GetName(pageName, state);
-          pageLines.push_back("  page " + Shortened(pageName) + ": " + PageSummary(*page, state));
-        }
-      }
       pageCount += static_cast<int>(pageLines.size());
-      lines.push_back("schematic " + Shortened(name) + ": " +
+      lines.push_back("schematic " + Shortened(NameOf(view)) + ": " +
                       Counted(static_cast<int>(pageLines.size()), "page", "pages"));
       lines.insert(lines.end(), pageLines.begin(), pageLines.end());
     }
-  }
+  });
 
-  std::string designName;
-  design.GetName(designName, state);
-  std::cout << Printable("design " + Shortened(designName) + ": " +
-                         Counted(schematicCount, "schematic", "schematics") + ", " +
-                         Counted(pageCount, "page", "pages"))
+  std::cout << Escaped("design " + Shortened(NameOf(design)) + ": " +
+                       Counted(schematicCount, "schematic", "schematics") + ", " +
+                       Counted(pageCount, "page", "pages"))
             << "\n";
   for (const std::string& line : lines) {
-    std::cout << Printable(line) << "\n";
+    std::cout << Escaped(line) << "\n";
   }
 
   // Names that export would refuse are worth knowing before exporting.
   for (const UnusableName& refusal : FindUnusableNames(design)) {
-    std::cout << Printable("note: export refuses " + DescribeUnusableName(refusal) +
-                           " (--raw-names takes it)")
+    std::cout << Escaped("note: export refuses " + DescribeUnusableName(refusal) +
+                         " (--raw-names takes it)")
               << "\n";
   }
   for (const std::string& refusal :
        FindFileNameRefusals(PlanPageFiles(design, DefaultStem(designPath)))) {
-    std::cout << Printable("note: export refuses " + refusal) << "\n";
+    std::cout << Escaped("note: export refuses " + refusal) << "\n";
   }
   std::cout << std::flush;
   return kDone;

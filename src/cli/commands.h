@@ -24,12 +24,6 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// An input file that cannot be read at all.
-class InputError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
 struct ExportOptions {
   std::string design;
   std::string output;  // empty: beside the design

@@ -12,7 +12,7 @@ int RunConvert(const std::string& design, const std::string& output) {
   const LoadedDesign loaded(design);
   RefuseSameFile(output, loaded.identity(), design);
   WriteWholeFile(output, model::WriteDesignDocument(loaded.model()));
-  std::cout << Printable(design + " converted to " + output) << std::endl;
+  std::cout << Escaped(design + " converted to " + output) << std::endl;
   return kDone;
 }
 

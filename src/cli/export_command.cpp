@@ -11,6 +11,7 @@
 #include "cli/terminal_ui.h"
 #include "cli/unusable_names.h"
 #include "export/output_names.h"
+#include "host/dbo_reading.h"
 #include "kalmor/export.h"
 
 namespace kalmor::cli {
@@ -55,7 +56,7 @@ int RunExport(const ExportOptions& options) {
   if (!refusals.empty()) {
     constexpr std::size_t kShown = 12;
     for (std::size_t i = 0; i < refusals.size() && i < kShown; ++i) {
-      std::cerr << "kalmor: " << Printable(refusals[i]) << "\n";
+      std::cerr << "kalmor: " << Escaped(refusals[i]) << "\n";
     }
     if (refusals.size() > kShown) {
       std::cerr << "kalmor: and " << refusals.size() - kShown << " more pages refused\n";
@@ -74,10 +75,7 @@ int RunExport(const ExportOptions& options) {
     RefuseSameFile(GalleryPathFor(stem), loaded.identity(), options.design);
   }
 
-  DboState state;
-  std::string designName;
-  loaded.design().GetName(designName, state);
-  ui.ShortenInMessages(designName);
+  ui.ShortenInMessages(NameOf(loaded.design()));
   const OutputTracking tracking;
   DesignToDXF(&loaded.design(), outputPath, 0, options.noFrame ? 0 : 1,
               options.noTitleBlocks ? 0 : 1);
@@ -85,7 +83,7 @@ int RunExport(const ExportOptions& options) {
     WritePictures(loaded, options, stem, pages);
   }
   if (options.html) {
-    std::cout << "gallery: " << Printable(GalleryPathFor(stem)) << std::endl;
+    std::cout << "gallery: " << Escaped(GalleryPathFor(stem)) << std::endl;
   }
   return kDone;
 }

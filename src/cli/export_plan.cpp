@@ -9,6 +9,7 @@
 
 #include "cli/terminal_ui.h"
 #include "export/output_names.h"
+#include "host/dbo_reading.h"
 #include "kalmor/export.h"
 
 namespace kalmor::cli {
@@ -54,10 +55,8 @@ std::vector<PlannedPage> PlanPageFiles(const DboDesign& design, const std::strin
   VisitDesignPages(
       design, state,
       [&](const DboPage& page, const DboInstOccurrence* occurrence, const std::string& schematic) {
-        std::string pageName;
-        page.GetName(pageName, state);
         pages.push_back(
-            {schematic, std::move(pageName), MakePageFileName(stem, schematic, page), occurrence});
+            {schematic, NameOf(page), MakePageFileName(stem, schematic, page), occurrence});
       });
   return pages;
 }

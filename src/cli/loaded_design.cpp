@@ -18,30 +18,15 @@ std::string ReadDocument(const std::string& path, FileIdentity& identity) {
   return file.ReadAll(model::kDocumentPadding);  // so that it is read in place
 }
 
-// The sheet files and the project file of a KiCad design, read within the same bounds as the
-// design's own file.
-kicad::FileSource CommandFiles() {
-  return [](const std::string& path, std::string& text, std::string& error) {
-    try {
-      InputFile file(path);
-      text = file.ReadAll();
-      return true;
-    } catch (const InputError& refusal) {
-      error = refusal.what();
-      return false;
-    }
-  };
-}
-
 // A design document or a KiCad schematic, told apart by their content.
 std::unique_ptr<model::Design> ReadDesign(const std::string& path, FileIdentity& identity) {
   std::string text = ReadDocument(path, identity);
   if (!kicad::IsKiCadSchematic(text)) {
     return model::ReadDesignDocumentInPlace(std::move(text), path);
   }
-  kicad::KiCadDesign read = kicad::ReadKiCadSchematic(text, path, CommandFiles());
+  kicad::KiCadDesign read = kicad::ReadKiCadSchematic(text, path, kicad::DiskFiles());
   for (const std::string& warning : read.warnings) {
-    std::cerr << "kalmor: " << Printable(warning) << "\n";
+    std::cerr << "kalmor: " << Escaped(warning) << "\n";
   }
   std::cerr << std::flush;
   return std::move(read.design);

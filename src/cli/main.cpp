@@ -10,6 +10,7 @@
 #include "cli/interruption.h"
 #include "cli/process_setup.h"
 #include "cli/terminal_ui.h"
+#include "input/input_file.h"
 #include "kalmor/errors.h"
 #include "kalmor/version.h"
 #include "kicad/kicad_reader.h"
@@ -23,8 +24,14 @@ using namespace kalmor::cli;
 constexpr const char* kDesignHelp = "JSON design document or KiCad schematic (.kicad_sch)";
 
 int Fail(int status, const std::string& message) {
-  std::cerr << "kalmor: " << Printable(message) << std::endl;
+  std::cerr << "kalmor: " << kalmor::Escaped(message) << std::endl;
   return status;
+}
+
+// A file that cannot be read or written, built from the error's parts: the path may be of any
+// length, and is shortened here.
+std::string FileProblem(const char* failure, const std::string& path, const std::string& reason) {
+  return std::string(failure) + " " + Shortened(path, kLongestPathShown) + ": " + reason;
 }
 
 int StatusOf(kalmor::ErrorKind kind) {
@@ -118,14 +125,12 @@ int Run(int argc, char** argv) {
     return Fail(kInvalidInput, error.what());
   } catch (const kalmor::DxfReadError& error) {
     return Fail(kInvalidInput, error.what());
-  } catch (const InputError& error) {
-    return Fail(kInvalidInput, error.what());
+  } catch (const kalmor::InputError& error) {
+    return Fail(kInvalidInput, FileProblem("cannot read", error.path(), error.reason()));
   } catch (const UsageError& error) {
     return Fail(kUsage, error.what());
   } catch (const kalmor::FileError& error) {
-    // Built from its parts, which keep their lengths: the path may hold any byte.
-    return Fail(kCannotWrite, "cannot write " + Shortened(error.path(), kLongestPathShown) + ": " +
-                                  error.reason());
+    return Fail(kCannotWrite, FileProblem("cannot write", error.path(), error.reason()));
   } catch (const kalmor::Error& error) {
     return Fail(StatusOf(error.kind()), error.what());
   }

@@ -6,29 +6,25 @@
 #include "cli/interruption.h"
 #include "cli/loaded_design.h"
 #include "cli/terminal_ui.h"
+#include "host/dbo_reading.h"
 #include "kalmor/export.h"
 
 namespace kalmor::cli {
 namespace {
 
-std::string NameOf(const DboNamedObject& object) {
-  DboState state;
-  std::string name;
-  object.GetName(name, state);
-  return name;
-}
-
 const DboSchematic& FindSchematic(const DboDesign& design, const std::string& name) {
   DboState state;
+  const DboSchematic* found = nullptr;
   std::vector<std::string> known;
-  if (const auto views = design.NewViewsIter(6, state)) {
-    while (const DboView* view = views->NextView(state)) {
-      std::string viewName = NameOf(*view);
-      if (viewName == name && view->AsSchematic() != nullptr) {
-        return *view->AsSchematic();
-      }
-      known.push_back(std::move(viewName));
+  ForEachSchematicView(design, state, [&](const DboView& view) {
+    std::string viewName = NameOf(view);
+    if (found == nullptr && viewName == name) {
+      found = view.AsSchematic();
     }
+    known.push_back(std::move(viewName));
+  });
+  if (found != nullptr) {
+    return *found;
   }
   throw UsageError("the design has no schematic \"" + Shortened(name) +
                    "\" (it has: " + ListedNames(known) + ")");
@@ -36,15 +32,17 @@ const DboSchematic& FindSchematic(const DboDesign& design, const std::string& na
 
 const DboPage& FindPage(const DboSchematic& schematic, const std::string& name) {
   DboState state;
+  const DboPage* found = nullptr;
   std::vector<std::string> known;
-  if (const auto pages = schematic.NewPagesIter(state)) {
-    while (const DboPage* page = pages->NextPage(state)) {
-      std::string pageName = NameOf(*page);
-      if (pageName == name) {
-        return *page;
-      }
-      known.push_back(std::move(pageName));
+  ForEachPage(schematic, state, [&](const DboPage& page) {
+    std::string pageName = NameOf(page);
+    if (found == nullptr && pageName == name) {
+      found = &page;
     }
+    known.push_back(std::move(pageName));
+  });
+  if (found != nullptr) {
+    return *found;
   }
   throw UsageError("schematic \"" + Shortened(NameOf(schematic)) + "\" has no page \"" +
                    Shortened(name) + "\" (it has: " + ListedNames(known) + ")");

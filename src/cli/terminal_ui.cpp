@@ -8,6 +8,7 @@
 #include "cli/commands.h"
 #include "cli/interruption.h"
 #include "export/vel_edit_path.h"
+#include "input/character_start.h"
 
 namespace kalmor::cli {
 namespace {
@@ -30,14 +31,6 @@ std::string CompletedPages(int count, int total, const std::string& first,
          " to " + ShownPath(last) + ")";
 }
 
-// Where a character that begins at or before `at` begins: UTF-8 continuation bytes are skipped.
-std::size_t CharacterStart(std::string_view text, std::size_t at) {
-  while (at > 0 && at < text.size() && (static_cast<unsigned char>(text[at]) & 0xc0) == 0x80) {
-    --at;
-  }
-  return at;
-}
-
 }  // namespace
 
 TerminalUserInterface::TerminalUserInterface()
@@ -58,7 +51,7 @@ void TerminalUserInterface::MessageBox(std::string_view caption, std::string_vie
       }
     }
   }
-  std::cout << Printable(caption) << ": " << Printable(shown) << std::endl;
+  std::cout << Escaped(caption) << ": " << Escaped(shown) << std::endl;
 }
 
 std::optional<std::string> TerminalUserInterface::SaveFileDialog(
@@ -129,21 +122,6 @@ void TerminalUserInterface::ClearProgress() {
   }
 }
 
-std::string Printable(std::string_view text) {
-  std::string printable;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7f) {
-      char escape[8];
-      std::snprintf(escape, sizeof escape, "\\x%02x", byte);
-      printable += escape;
-    } else {
-      printable += c;
-    }
-  }
-  return printable;
-}
-
 void TrackPageFile(const std::string& path) {
   BeginOutput({path, true,
                "kalmor: interrupted while writing " + ShownPath(path) + ", which was removed\n",
@@ -152,13 +130,13 @@ void TrackPageFile(const std::string& path) {
 
 std::string Shortened(std::string_view text, std::size_t longest) {
   if (text.size() <= longest) {
-    return Printable(text);
+    return Escaped(text);
   }
   constexpr std::string_view kCut = "...";
   const std::size_t kept = (longest - kCut.size()) / 2;
   const std::size_t headEnd = CharacterStart(text, kept);
   const std::size_t tailStart = CharacterStart(text, text.size() - kept);
-  return Printable(text.substr(0, headEnd)) + std::string(kCut) + Printable(text.substr(tailStart));
+  return Escaped(text.substr(0, headEnd)) + std::string(kCut) + Escaped(text.substr(tailStart));
 }
 
 std::string ListedNames(const std::vector<std::string>& names) {

@@ -10,6 +10,7 @@
 
 #include "cli/files.h"
 #include "cli/unusable_names.h"
+#include "input/shown_text.h"  // Escaped: what messages print
 #include "kalmor/user_interface.h"
 
 namespace kalmor::cli {
@@ -48,10 +49,6 @@ class TerminalUserInterface final : public UserInterface {
   std::string previousFile_;  // the page before the one being written
 };
 
-// `text` with control characters written as escapes, so that names from a
-// design cannot move the terminal's cursor.
-std::string Printable(std::string_view text);
-
 // Tells the interruption handler that the single page file at `path` is being written.
 void TrackPageFile(const std::string& path);
 
@@ -60,8 +57,8 @@ inline constexpr std::size_t kLongestNameShown = 64;
 inline constexpr std::size_t kLongestPathShown = 256;
 
 // `text` cut in the middle when it is longer than `longest` bytes: its beginning, "...", and
-// its end, at character boundaries; control characters escaped as Printable does. Messages
-// never grow with the names of a design, and a NUL in a name cannot cut a message short.
+// its end, at character boundaries; escaped. Messages never grow with the names of a design, and
+// a NUL in a name cannot cut a message short.
 std::string Shortened(std::string_view text, std::size_t longest = kLongestNameShown);
 
 // At most a dozen names, shortened and quoted, separated by commas; "and N more" says how many

@@ -1,5 +1,6 @@
 #include "cli/unusable_names.h"
 
+#include "host/dbo_reading.h"
 #include "kalmor/export.h"
 
 namespace kalmor::cli {
@@ -29,8 +30,7 @@ std::vector<UnusableName> FindUnusableNames(const DboDesign& design) {
   VisitDesignPages(
       design, state,
       [&](const DboPage& page, const DboInstOccurrence*, const std::string& schematic) {
-        std::string pageName;
-        page.GetName(pageName, state);
+        const std::string pageName = NameOf(page);
         if (const auto reason = UnusableNameReason(schematic)) {
           unusable.push_back({schematic, pageName, "the schematic name " + *reason});
         }

@@ -145,21 +145,6 @@ OutputFile::OutputFile(OutputFile&& other) noexcept
   TakeWindow(other);
 }
 
-OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
-  if (this != &other) {
-    try {
-      Close();
-    } catch (const FileError&) {
-      // As in the destructor: the file being replaced reports nothing.
-    }
-    path_ = std::move(other.path_);
-    fd_ = std::exchange(other.fd_, -1);
-    buffer_ = std::move(other.buffer_);
-    TakeWindow(other);
-  }
-  return *this;
-}
-
 void OutputFile::MakeRoom(std::size_t size) {
   const std::size_t pending = Pending().size();
   WritePending(pending < kChunkBytes ? pending : pending - pending % kChunkBytes);

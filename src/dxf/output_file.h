@@ -24,8 +24,9 @@ class OutputFile final : public ByteSink {
   OutputFile(std::string path, const std::function<bool()>& freeDescriptors);
   ~OutputFile() override;  // closes; errors here are swallowed: call Close() to see them
 
+  // Movable so that a list of open files can grow; never reassigned.
   OutputFile(OutputFile&& other) noexcept;
-  OutputFile& operator=(OutputFile&& other) noexcept;
+  OutputFile& operator=(OutputFile&&) = delete;
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 

@@ -46,6 +46,22 @@ void DxfSeqEnd(ByteSink& out, std::string_view layer) {
   WritePiece<" 0\nSEQEND\n 8\n%s\n">(out, layer);
 }
 
+void DxfSegment(ByteSink& out, std::string_view layer, LineWidthT width, DxfPoint a, DxfPoint b) {
+  DxfPolylineBegin(out, layer, width);
+  DxfVertex(out, layer, a.x, a.y);
+  DxfVertex(out, layer, b.x, b.y);
+  DxfSeqEnd(out, layer);
+}
+
+void DxfRectangle(ByteSink& out, std::string_view layer, LineWidthT width,
+                  const std::array<DxfPoint, 4>& corners) {
+  DxfClosedPolylineBegin(out, layer, width);
+  for (const DxfPoint& corner : corners) {
+    DxfVertex(out, layer, corner.x, corner.y);
+  }
+  DxfSeqEnd(out, layer);
+}
+
 void DxfDot(ByteSink& out, std::string_view layer, double x, double y, double w) {
   // Two half circles of diameter w traced with width w: a disc of diameter 2w with no hole. The
   // width is already in drawing units, so it is written even when zero.
@@ -61,8 +77,9 @@ void DxfDot(ByteSink& out, std::string_view layer, double x, double y, double w)
 
 void DxfEllipseVertices(ByteSink& out, std::string_view layer, double cx, double cy, double a,
                         double b) {
-  // An eighth, a quarter and three eighths of a half turn, rounded as the drawings always were.
-  constexpr double kDirection[3] = {0.392699, 0.785398, 1.1780970000000002};
+  // The vertices of the first quadrant after the end of the x axis lie an eighth, a quarter and
+  // three eighths of a half turn round.
+  constexpr double kDirection[3] = {kHalfTurn / 8, kHalfTurn / 4, 3 * (kHalfTurn / 8)};
   double ac[3];
   double bs[3];
   for (int i = 0; i < 3; ++i) {
@@ -77,10 +94,10 @@ void DxfEllipseVertices(ByteSink& out, std::string_view layer, double cx, double
   double b3 = 0.0;
   double b4 = 0.0;
   if (a / b > 0.1 && b / a > 0.1) {
-    b1 = std::tan(0.09817475 * std::log10(10.0 * a / b));
-    b2 = std::tan(0.049087375 * std::log10(100.0 * a / b));
-    b3 = std::tan(0.049087375 * std::log10(100.0 * b / a));
-    b4 = std::tan(0.09817475 * std::log10(10.0 * b / a));
+    b1 = std::tan(kHalfTurn / 32 * std::log10(10.0 * a / b));
+    b2 = std::tan(kHalfTurn / 64 * std::log10(100.0 * a / b));
+    b3 = std::tan(kHalfTurn / 64 * std::log10(100.0 * b / a));
+    b4 = std::tan(kHalfTurn / 32 * std::log10(10.0 * b / a));
   }
 
   struct Vertex {
@@ -110,12 +127,6 @@ void DxfEllipseVertices(ByteSink& out, std::string_view layer, double cx, double
 }
 
 double VectorAngle(double dx, double dy) {
-  // Multiples of pi are truncated on purpose: arcs already drawn depend on these values.
-  constexpr double kHalfTurn = 3.141592;
-  constexpr double kFullTurn = 6.283184;
-  constexpr double kQuarterTurn = 1.570796;
-  constexpr double kThreeQuarterTurns = 4.712388;
-
   if (dx == 0.0) {
     return dy < 0.0 ? kThreeQuarterTurns : kQuarterTurn;
   }

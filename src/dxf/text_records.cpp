@@ -73,8 +73,8 @@ double Scaled(int64_t host, double scale) {
 }  // namespace
 
 double DxfTextHeight(int32_t fontHeight, double scale) {
-  // The sine is how text heights have always come out; for small fonts it is close to 100/175 of
-  // the scaled height. The magnitude is taken in 64 bits so the most negative height stays valid.
+  // A text's height is 100 * scale * sin(|height| / 175): for small fonts close to 100/175 of the
+  // scaled height. The magnitude is taken in 64 bits so the most negative height stays valid.
   const double magnitude = static_cast<double>(std::llabs(int64_t{fontHeight}));
   return 100.0 * scale * std::sin(magnitude * 0.005714285714285714);
 }
@@ -120,7 +120,7 @@ void DxfTextAt(ByteSink& out, std::string_view layer, double angle, std::string 
 
 void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const LogFont& font,
                 RotationT rotation, double scale, int32_t x1, int32_t x2, int32_t y1, int32_t y2) {
-  // CR LF counts as two breaks and so leaves an empty line between them; drawings rely on it.
+  // CR LF counts as two breaks and so leaves an empty line between them.
   std::replace(text.begin(), text.end(), '\n', '\r');
   const auto breaks = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\r'));
 
@@ -130,7 +130,7 @@ void DxfTextBox(ByteSink& out, std::string_view layer, std::string text, const L
   const int64_t top = std::min(y1, y2);
   const int64_t bottom = std::max(y1, y2);
   // The extent across the lines is signed for codes 0 and 1 but not for 2 and 3, and unknown
-  // codes differ from 0 by their start; both asymmetries are kept as drawings expect them.
+  // codes differ from 0 by their start: the box's placement is defined per code, not by symmetry.
   double angle = 0.0;
   double extent = 0.0;
   double x = 0.0;

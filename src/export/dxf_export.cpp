@@ -11,6 +11,7 @@
 #include "dxf/output_file.h"
 #include "dxf/skeleton.h"
 #include "export/output_names.h"
+#include "host/dbo_reading.h"
 #include "page/page_fonts.h"
 #include "page/page_walk.h"
 
@@ -19,9 +20,6 @@ namespace kalmor {
 uint8_t g_inDesignExport = 0;
 
 namespace {
-
-// Iteration mode that selects a design's schematic views.
-constexpr int32_t kSchematicViews = 6;
 
 // The names of the schematics met so far in one design export. Designs may hold hundreds of
 // thousands of schematics, so membership is a hash lookup, never a search.
@@ -37,8 +35,7 @@ class ExportedSchematics {
 // Visits the pages of `view` unless its schematic was met before.
 void VisitView(const DboView& view, const DboInstOccurrence* occurrence, DboState& state,
                ExportedSchematics& exportedSchematics, const DesignPageVisitor& visit) {
-  std::string schematicName;
-  view.GetName(schematicName, state);
+  const std::string schematicName = NameOf(view);
   if (!exportedSchematics.Add(schematicName)) {
     return;
   }
@@ -46,13 +43,8 @@ void VisitView(const DboView& view, const DboInstOccurrence* occurrence, DboStat
   if (schematic == nullptr) {
     return;
   }
-  const std::unique_ptr<DboSchematicPagesIter> pages = schematic->NewPagesIter(state);
-  if (pages == nullptr) {
-    return;
-  }
-  while (const DboPage* page = pages->NextPage(state)) {
-    visit(*page, occurrence, schematicName);
-  }
+  ForEachPage(*schematic, state,
+              [&](const DboPage& page) { visit(page, occurrence, schematicName); });
 }
 
 // What identifies the contents of a written file: another process replacing them changes one
@@ -145,37 +137,26 @@ void WritePage(OutputFile& file, const DboPage& page, const DboInstOccurrence* o
   file.Flush();
 }
 
-std::string PageName(const DboPage& page) {
-  DboState state;
-  std::string name;
-  page.GetName(name, state);
-  return name;
-}
-
 }  // namespace
 
 void VisitDesignPages(const DboDesign& design, DboState& state, const DesignPageVisitor& visit) {
   ExportedSchematics exportedSchematics;
 
-  if (const std::unique_ptr<DboDesignOccurrencesIter> occurrences =
-          design.NewOccurrencesIter(state)) {
-    while (const DboInstOccurrence* occurrence = occurrences->NextOccurrence(state)) {
-      if (occurrence->IsPrimitive(state)) {
-        continue;
-      }
-      if (const DboView* contents = occurrence->GetContents(state)) {
-        VisitView(*contents, occurrence, state, exportedSchematics, visit);
-      }
-    }
-  }
+  ForEachDbo(design.NewOccurrencesIter(state), &DboDesignOccurrencesIter::NextOccurrence, state,
+             [&](const DboInstOccurrence& occurrence) {
+               if (occurrence.IsPrimitive(state)) {
+                 return;
+               }
+               if (const DboView* contents = occurrence.GetContents(state)) {
+                 VisitView(*contents, &occurrence, state, exportedSchematics, visit);
+               }
+             });
 
   // The host always answers with a views iterator and pages iterators here; should one be
   // missing all the same, it counts as an empty collection rather than a failure.
-  if (const std::unique_ptr<DboLibViewsIter> views = design.NewViewsIter(kSchematicViews, state)) {
-    while (const DboView* view = views->NextView(state)) {
-      VisitView(*view, nullptr, state, exportedSchematics, visit);
-    }
-  }
+  ForEachSchematicView(design, state, [&](const DboView& view) {
+    VisitView(view, nullptr, state, exportedSchematics, visit);
+  });
 }
 
 SaveFileDialogSettings DxfSaveDialogSettings() {
@@ -226,7 +207,7 @@ void DesignToDXF(const DboDesign* design, std::string path, int32_t /*unused*/, 
           const std::string& schematicName) {
         const std::string fileName = MakePageFileName(outputStem, schematicName, page);
         if (announce) {
-          ui.ShowExportProgress({++pageIndex, pageCount, schematicName, PageName(page), fileName});
+          ui.ShowExportProgress({++pageIndex, pageCount, schematicName, NameOf(page), fileName});
         }
         RefuseNul(fileName);
         OutputFile file = held.Open(fileName);
@@ -235,11 +216,9 @@ void DesignToDXF(const DboDesign* design, std::string path, int32_t /*unused*/, 
       });
   held.CheckReleased();
 
-  std::string designName;
-  design->GetName(designName, state);
   ui.MessageBox(
       kCompleteCaption,
-      designName + " has been output to " + outputStem + "_<SchematicName>_<PageName>.dxf", 0);
+      NameOf(*design) + " has been output to " + outputStem + "_<SchematicName>_<PageName>.dxf", 0);
   held.CloseAll();
   g_inDesignExport = 0;
 }
@@ -249,9 +228,7 @@ void PageToDXF(const DboPage* page, const DboInstOccurrence* occurrence, std::st
   if (page == nullptr) {
     throw std::invalid_argument("PageToDXF: no page to export");
   }
-  DboState status;
-  std::string pageName;
-  page->GetName(pageName, status);
+  const std::string pageName = NameOf(*page);
 
   UserInterface& ui = CurrentUserInterface();
   std::string target;

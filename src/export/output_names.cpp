@@ -1,6 +1,7 @@
 #include "export/output_names.h"
 
 #include "export/vel_edit_path.h"
+#include "host/dbo_reading.h"
 
 namespace kalmor {
 
@@ -16,10 +17,7 @@ std::string MakeOutputStem(const std::string& path) {
 
 std::string MakePageFileName(const std::string& stem, const std::string& schematicName,
                              const DboPage& page) {
-  DboState state;
-  std::string pageName;
-  page.GetName(pageName, state);
-  return stem + "_" + schematicName + "_" + pageName + ".dxf";
+  return stem + "_" + schematicName + "_" + NameOf(page) + ".dxf";
 }
 
 }  // namespace kalmor

@@ -3,14 +3,12 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <set>
 
-#include "kicad/messages.h"
+#include "input/input_file.h"
+#include "input/shown_text.h"
 #include "kicad/page_builder.h"
 #include "kicad/sheet_file.h"
 #include "kicad/text_markup.h"
@@ -156,7 +154,7 @@ class HierarchyReader {
           chain += Escaped(fs::path(sheets_[step]->file.path).filename().string()) + " -> ";
         }
         const std::string name = fs::path(sheets_[child]->file.path).filename().string();
-        throw KiCadError(Where(parent.file.path, spot) + "the sheet file " + Described(name) +
+        throw KiCadError(Where(parent.file.path, spot) + "the sheet file " + Quoted(name) +
                          " contains itself (" + chain + Escaped(name) + ")");
       }
       if (stack.size() == kMostSheetDepth) {
@@ -320,40 +318,14 @@ bool IsKiCadSchematic(std::string_view text) {
 }
 
 FileSource DiskFiles() {
-  namespace fs = std::filesystem;
   return [](const std::string& path, std::string& text, std::string& error) {
-    // Only regular files, and not beyond 2 GiB: a sheet named after a device such as /dev/zero
-    // would never end.
-    constexpr std::size_t kLargestFile = std::size_t{2} << 30;
-    std::error_code unknown;
-    const fs::file_status status = fs::status(path, unknown);
-    if (!unknown && fs::exists(status) && !fs::is_regular_file(status)) {
-      error = path + ": not a regular file";
+    try {
+      text = ReadInputFile(path);
+      return true;
+    } catch (const InputError& refusal) {
+      error = refusal.what();
       return false;
     }
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr) {
-      error = path + ": " + std::strerror(errno);
-      return false;
-    }
-    text.clear();
-    char buffer[1 << 16];
-    while (const std::size_t read = std::fread(buffer, 1, sizeof buffer, file)) {
-      text.append(buffer, read);
-      if (text.size() > kLargestFile) {
-        std::fclose(file);
-        error = path + ": larger than 2 GiB";
-        return false;
-      }
-    }
-    const bool failed = std::ferror(file) != 0;
-    const int code = errno;
-    std::fclose(file);
-    if (failed) {
-      error = path + ": " + std::strerror(code);
-      return false;
-    }
-    return true;
   };
 }
 
@@ -369,7 +341,7 @@ KiCadDesign LoadKiCadSchematic(const std::string& path) {
   std::string text;
   std::string error;
   if (!files(path, text, error)) {
-    throw KiCadError(detail::Escaped(error));
+    throw KiCadError(error);
   }
   return ReadKiCadSchematic(text, path, files);
 }

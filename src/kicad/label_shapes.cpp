@@ -1,6 +1,7 @@
 #include "kicad/label_shapes.h"
 
 #include <cmath>
+#include <numbers>
 
 namespace kalmor::kicad::detail {
 namespace {
@@ -100,7 +101,7 @@ LabelOutline HierarchicalLabelOutline(std::string_view shape, Spin spin, double 
 LabelOutline DirectiveLabelOutline(std::string_view shape, double angle, double size,
                                    double length) {
   // The flag stands up from its anchor at angle 0 and turns counter-clockwise with the angle.
-  const double radians = angle * 3.14159265358979323846 / 180.0;
+  const double radians = angle * std::numbers::pi / 180.0;
   const Point up{-std::sin(radians), -std::cos(radians)};
   const Point across{up.y, -up.x};
   const double side = kFlagShapeSize * size;

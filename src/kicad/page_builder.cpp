@@ -5,10 +5,10 @@
 #include <limits>
 #include <set>
 
+#include "input/shown_text.h"
 #include "kicad/drawing_sheet.h"
 #include "kicad/image_size.h"
 #include "kicad/label_shapes.h"
-#include "kicad/messages.h"
 #include "kicad/shape_primitives.h"
 #include "kicad/symbol_library.h"
 #include "kicad/text_layout.h"
@@ -497,8 +497,8 @@ class Builder {
       views.push_back(ViewOf(symbol, *occurrence, unitCount));
     }
     if (lib == nullptr) {
-      warnings_.push_back({symbol.spot, "symbol " + Described(views.front().reference) + " (" +
-                                            Described(symbol.libId) +
+      warnings_.push_back({symbol.spot, "symbol " + Quoted(views.front().reference) + " (" +
+                                            Quoted(symbol.libId) +
                                             ") is not among the file's library symbols; drawn "
                                             "as an empty box"});
     }

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstring>
 
-#include "kicad/messages.h"
+#include "input/shown_text.h"
 
 namespace kalmor::kicad::detail {
 namespace {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "kicad/messages.h"
+#include "input/shown_text.h"
 
 namespace kalmor::kicad::detail {
 namespace {
@@ -50,10 +50,10 @@ double NumberOf(Sexpr node, std::string_view what) {
   }
   const auto [end, error] = std::from_chars(first, last, value);
   if (error != std::errc() || end != last || !std::isfinite(value)) {
-    Fault(node, "expected " + std::string(what) + ", got " + Described(text));
+    Fault(node, "expected " + std::string(what) + ", got " + Quoted(text));
   }
   if (std::fabs(value) > kLargestMillimetres) {
-    Fault(node, std::string(what) + " " + Described(text) + " is beyond a kilometre");
+    Fault(node, std::string(what) + " " + Quoted(text) + " is beyond a kilometre");
   }
   return value;
 }
@@ -374,7 +374,7 @@ LibSymbol LibSymbolOf(Sexpr node) {
       LibUnit& unit = symbol.units.emplace_back();
       const std::string_view name = TextOf(Required(element, 1, "a unit name"), "a unit name");
       if (!UnitAndStyle(name, unit.unit, unit.style)) {
-        Fault(element, "a unit of a symbol is named NAME_UNIT_STYLE, not " + Described(name));
+        Fault(element, "a unit of a symbol is named NAME_UNIT_STYLE, not " + Quoted(name));
       }
       ReadUnitItems(element, unit);
     }
@@ -676,7 +676,7 @@ SheetFile ReadSheetFile(std::string_view text, std::string path,
   const auto [end, error] =
       std::from_chars(digits.data(), digits.data() + digits.size(), file.version);
   if (number.IsList() || error != std::errc() || end != digits.data() + digits.size()) {
-    Fault(number, "expected a file version (a date such as 20211014), got " + Described(digits));
+    Fault(number, "expected a file version (a date such as 20211014), got " + Quoted(digits));
   }
   if (file.version < kOldestVersion) {
     Fault(number, "file version " + std::string(number.text()) +

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "input/character_start.h"
 #include "kalmor/display_text.h"
 #include "kicad/units.h"
 
@@ -36,11 +37,7 @@ LogFont FontFor(const TextEffects& effects) {
   font.lfItalic = effects.italic ? 1 : 0;
   if (!effects.face.empty()) {
     // At most 31 bytes, cut between characters.
-    std::size_t size = std::min<std::size_t>(effects.face.size(), sizeof font.lfFaceName - 1);
-    while (size > 0 && size < effects.face.size() &&
-           (static_cast<unsigned char>(effects.face[size]) & 0xC0) == 0x80) {
-      --size;
-    }
+    const std::size_t size = CharacterStart(effects.face, sizeof font.lfFaceName - 1);
     font.SetFaceName(effects.face.substr(0, size).c_str());
   }
   return font;

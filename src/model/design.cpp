@@ -27,8 +27,6 @@ class OccurrencesIter final : public DboDesignOccurrencesIter {
   detail::Sequence<detail::Occurrence> occurrences_;
 };
 
-constexpr int32_t kSchematicViews = 6;
-
 }  // namespace
 
 // The extents are measured here, once, so that no getter of the design ever measures (or fails).

@@ -2,13 +2,10 @@
 
 #include <simdjson.h>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "input/input_file.h"
 #include "model/design.h"
 #include "model/design_data.h"
 #include "model/document_fault.h"
@@ -153,22 +150,11 @@ std::unique_ptr<Design> ReadDesignDocumentInPlace(std::string json, std::string_
 }
 
 std::unique_ptr<Design> LoadDesignDocument(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
-                                                             &std::fclose);
-  if (file == nullptr) {
-    throw DesignDocumentError(path + ": cannot open: " + std::strerror(errno));
-  }
   std::string json;
-  std::error_code unknown;
-  if (const auto size = std::filesystem::file_size(path, unknown); !unknown) {
-    json.reserve(size + kDocumentPadding);
-  }
-  char buffer[1 << 16];
-  while (const std::size_t read = std::fread(buffer, 1, sizeof buffer, file.get())) {
-    json.append(buffer, read);
-  }
-  if (std::ferror(file.get()) != 0) {
-    throw DesignDocumentError(path + ": cannot read: " + std::strerror(errno));
+  try {
+    json = ReadInputFile(path, kDocumentPadding);
+  } catch (const InputError& error) {
+    throw DesignDocumentError(error.what());
   }
   return ReadDesignDocumentInPlace(std::move(json), path);
 }

@@ -6,6 +6,7 @@
 #include "dxf/layers.h"
 #include "dxf/polyline_records.h"
 #include "dxf/text_records.h"
+#include "host/dbo_reading.h"
 #include "page/page_polylines.h"
 #include "page/translators.h"
 
@@ -46,8 +47,8 @@ void WriteLine(PageContext& page, const DboGraphicInstance* graphic) {
   page_detail::WriteSegment(page, layer::kComments, width, start, end);
 }
 
-// One bulged segment from start to end, counter-clockwise about the box's centre. The sweep is
-// brought into range with the same truncated full turn that VectorAngle works in.
+// One bulged segment from start to end, counter-clockwise about the box's centre; the sweep is
+// brought into range with the full turn VectorAngle works in.
 void WriteArc(PageContext& page, const DboGraphicInstance* graphic) {
   const int32_t left = DboGraphicArcInst::sGetBoundingBoxLeft(graphic, page.state);
   const int32_t right = DboGraphicArcInst::sGetBoundingBoxRight(graphic, page.state);
@@ -64,7 +65,7 @@ void WriteArc(PageContext& page, const DboGraphicInstance* graphic) {
   const double startAngle = VectorAngle(sx - c.x, sy - c.y);
   double sweep = endAngle - startAngle;
   if (sweep < 0.0) {
-    sweep += 6.283184;
+    sweep += kFullTurn;
   }
   DxfPolylineBegin(page.out, layer::kComments, width);
   DxfBulgeVertex(page.out, layer::kComments, sx, sy, std::tan(sweep * 0.25));
@@ -92,17 +93,9 @@ void WriteEllipse(PageContext& page, const DboGraphicInstance* graphic) {
 // The vertices of a polygon or polyline, up to the first point the host fails to give. A
 // missing point list leaves the polyline empty.
 void WritePoints(PageContext& page, const DboPolygon* points) {
-  if (points == nullptr) {
-    return;
-  }
-  std::unique_ptr<DboPolygonPointsIter> iter = points->NewPointsIter(page.state);
-  if (iter == nullptr) {
-    return;
-  }
-  CPoint at;
-  while (iter->Next(at).OK()) {
+  ForEachPoint(points, page.state, [&](CPoint at) {
     DxfVertex(page.out, layer::kComments, page.X(at.x), page.Y(at.y));
-  }
+  });
 }
 
 // Outlines only: a polygon's fill is not drawn.
@@ -148,44 +141,43 @@ void WriteBitMap(PageContext& page, const DboGraphicInstance* graphic) {
   page_detail::WriteRectangle(page, layer::kBitmaps, 0, box);
 }
 
+void TranslateCommentGraphic(PageContext& page, const DboGraphicInstance* graphic) {
+  switch (graphic->GetObjectType(page.state)) {
+    case dbo_type::kGraphicBoxInst:
+      WriteBox(page, graphic);
+      break;
+    case dbo_type::kGraphicLineInst:
+      WriteLine(page, graphic);
+      break;
+    case dbo_type::kGraphicArcInst:
+      WriteArc(page, graphic);
+      break;
+    case dbo_type::kGraphicEllipseInst:
+      WriteEllipse(page, graphic);
+      break;
+    case dbo_type::kGraphicPolygonInst:
+      WritePolygon(page, graphic);
+      break;
+    case dbo_type::kGraphicPolylineInst:
+      WritePolyline(page, graphic);
+      break;
+    case dbo_type::kGraphicCommentTextInst:
+      WriteCommentText(page, graphic);
+      break;
+    case dbo_type::kGraphicBitMapInst:
+      WriteBitMap(page, graphic);
+      break;
+    default:  // kinds this export does not draw
+      break;
+  }
+}
+
 }  // namespace
 
 void TranslateCommentGraphics(PageContext& page) {
-  std::unique_ptr<DboPageCommentGraphicsIter> graphics =
-      page.page.NewCommentGraphicsIter(page.state);
-  if (graphics == nullptr) {
-    return;
-  }
-  while (const DboGraphicInstance* graphic = graphics->NextCommentGraphic(page.state)) {
-    switch (graphic->GetObjectType(page.state)) {
-      case dbo_type::kGraphicBoxInst:
-        WriteBox(page, graphic);
-        break;
-      case dbo_type::kGraphicLineInst:
-        WriteLine(page, graphic);
-        break;
-      case dbo_type::kGraphicArcInst:
-        WriteArc(page, graphic);
-        break;
-      case dbo_type::kGraphicEllipseInst:
-        WriteEllipse(page, graphic);
-        break;
-      case dbo_type::kGraphicPolygonInst:
-        WritePolygon(page, graphic);
-        break;
-      case dbo_type::kGraphicPolylineInst:
-        WritePolyline(page, graphic);
-        break;
-      case dbo_type::kGraphicCommentTextInst:
-        WriteCommentText(page, graphic);
-        break;
-      case dbo_type::kGraphicBitMapInst:
-        WriteBitMap(page, graphic);
-        break;
-      default:  // kinds this export does not draw
-        break;
-    }
-  }
+  ForEachDbo(page.page.NewCommentGraphicsIter(page.state),
+             &DboPageCommentGraphicsIter::NextCommentGraphic, page.state,
+             [&](const DboGraphicInstance& graphic) { TranslateCommentGraphic(page, &graphic); });
 }
 
 }  // namespace kalmor

@@ -2,6 +2,7 @@
 #include <string>
 
 #include "dxf/layers.h"
+#include "host/dbo_reading.h"
 #include "page/display_props.h"
 #include "page/instance_placement.h"
 #include "page/translators.h"
@@ -23,29 +24,22 @@ void TranslateConnector(const PageContext& page, const DboGraphicInstance& conne
   DrawSymbolVectors(page, layer::kParts, placement.symbol, placement, 1.0);
 }
 
-template <typename Iter, typename Next>
-void TranslateConnectors(const PageContext& page, std::unique_ptr<Iter> iter, Next next) {
-  if (iter == nullptr) {
-    return;
-  }
-  while (const auto* connector = ((*iter).*next)(page.state)) {
-    TranslateConnector(page, *connector);
-  }
-}
-
 }  // namespace
 
 void TranslateGlobals(PageContext& page) {
-  TranslateConnectors(page, page.page.NewGlobalsIter(page.state), &DboPageGlobalsIter::NextGlobal);
+  ForEachDbo(page.page.NewGlobalsIter(page.state), &DboPageGlobalsIter::NextGlobal, page.state,
+             [&](const DboGlobal& global) { TranslateConnector(page, global); });
 }
 
 void TranslatePorts(PageContext& page) {
-  TranslateConnectors(page, page.page.NewPortsIter(1, page.state), &DboPagePortsIter::NextPort);
+  ForEachDbo(page.page.NewPortsIter(1, page.state), &DboPagePortsIter::NextPort, page.state,
+             [&](const DboPort& port) { TranslateConnector(page, port); });
 }
 
 void TranslateOffPageConnectors(PageContext& page) {
-  TranslateConnectors(page, page.page.NewOffPageConnectorsIter(1, page.state),
-                      &DboPageOffPageConnectorsIter::NextOffPageConnector);
+  ForEachDbo(page.page.NewOffPageConnectorsIter(1, page.state),
+             &DboPageOffPageConnectorsIter::NextOffPageConnector, page.state,
+             [&](const DboOffPageConnector& connector) { TranslateConnector(page, connector); });
 }
 
 }  // namespace kalmor

@@ -4,7 +4,6 @@
 // anchored at. Which text a value gives is the public rule of kalmor/display_text.h.
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
 #include "kalmor/dbo.h"
@@ -34,17 +33,5 @@ CPoint ScaledDisplayPropAnchor(const DboDisplayProp& prop, int32_t x0, int32_t y
 
 // The font with its height and width multiplied by `factor` and truncated toward zero.
 LogFont ScaledFont(LogFont font, double factor);
-
-// Calls `visit(prop)` for every property the iterator yields; a null iterator yields none.
-template <typename Visit>
-void ForEachDisplayProp(std::unique_ptr<DboDisplayPropsIter> props, DboState& state,
-                        Visit&& visit) {
-  if (props == nullptr) {
-    return;
-  }
-  while (const DboDisplayProp* prop = props->NextProp(state)) {
-    visit(*prop);
-  }
-}
 
 }  // namespace kalmor

@@ -5,6 +5,7 @@
 #include "dxf/line_records.h"
 #include "dxf/polyline_records.h"
 #include "dxf/text_records.h"
+#include "host/dbo_reading.h"
 #include "kalmor/errors.h"
 #include "page/translators.h"
 
@@ -33,19 +34,14 @@ struct Frame {
   double D(int64_t v) const { return static_cast<double>(v) * page.s; }
   int32_t Read(PageSetting setting) const { return (page.page.*setting)(page.state); }
 
+  DxfPoint At(Point p) const { return {D(p.x), D(p.y)}; }
+
   void Border(LineWidthT width, Point a, Point b, Point c, Point d) const {
-    DxfClosedPolylineBegin(page.out, layer::kTitle, width);
-    for (const Point& p : {a, b, c, d}) {
-      DxfVertex(page.out, layer::kTitle, D(p.x), D(p.y));
-    }
-    DxfSeqEnd(page.out, layer::kTitle);
+    DxfRectangle(page.out, layer::kTitle, width, {At(a), At(b), At(c), At(d)});
   }
 
   void Segment(LineWidthT width, Point a, Point b) const {
-    DxfPolylineBegin(page.out, layer::kTitle, width);
-    DxfVertex(page.out, layer::kTitle, D(a.x), D(a.y));
-    DxfVertex(page.out, layer::kTitle, D(b.x), D(b.y));
-    DxfSeqEnd(page.out, layer::kTitle);
+    DxfSegment(page.out, layer::kTitle, width, At(a), At(b));
   }
 
   // Corners in the order the record holds them; the solid writer takes its last two corners
@@ -119,9 +115,7 @@ void WriteLabels(const Frame& frame, int64_t count, PageSetting isChar, PageSett
 // Zones are cut from the page by integer division; a count of 0 has no zones to cut.
 int64_t ZoneCount(const PageContext& page, int32_t count, const char* side) {
   if (count == 0) {
-    std::string name;
-    page.page.GetName(name, page.state);
-    throw DocumentError("page \"" + name + "\": the frame's " + side +
+    throw DocumentError("page \"" + NameOf(page.page) + "\": the frame's " + side +
                         " label count is 0; it must be at least 1");
   }
   return count;

@@ -51,16 +51,13 @@ void DrawSymbolVectors(const PageContext& page, std::string_view layer,
   if (symbol == nullptr) {
     return;
   }
-  const std::unique_ptr<DboGraphicObjectVectorsIter> vectors =
-      symbol->NewVectorsIter(0, page.state);
-  if (vectors == nullptr) {
-    return;
-  }
   const CRect& r = placement.rect;
-  while (const DboBaseObject* vector = vectors->NextVector(page.state)) {
-    SymbolGraphicsRenderer(page.out, layer, vector, page.state, page.s, r.left, r.top, r.right,
-                           r.bottom, placement.rotation, placement.mirror, sizeFactor);
-  }
+  ForEachDbo(symbol->NewVectorsIter(0, page.state), &DboGraphicObjectVectorsIter::NextVector,
+             page.state, [&](const DboBaseObject& vector) {
+               SymbolGraphicsRenderer(page.out, layer, &vector, page.state, page.s, r.left, r.top,
+                                      r.right, r.bottom, placement.rotation, placement.mirror,
+                                      sizeFactor);
+             });
 }
 
 }  // namespace kalmor

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "dxf/text_records.h"
+#include "host/dbo_reading.h"
 #include "kalmor/dbo.h"
 #include "page/display_props.h"
 #include "page/page_context.h"
@@ -56,7 +57,7 @@ template <typename AnchorOf, typename TextOf>
 void WriteDisplayPropTexts(const PageContext& page, std::unique_ptr<DboDisplayPropsIter> props,
                            std::string_view layer, double fontFactor, AnchorOf&& anchorOf,
                            TextOf&& textOf) {
-  ForEachDisplayProp(std::move(props), page.state, [&](const DboDisplayProp& prop) {
+  ForEachDbo(props, &DboDisplayPropsIter::NextProp, page.state, [&](const DboDisplayProp& prop) {
     std::string text;
     if (!textOf(prop, text)) {
       return;

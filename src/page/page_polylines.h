@@ -14,21 +14,18 @@ namespace kalmor::page_detail {
 // An open two-vertex polyline from `a` to `b`.
 inline void WriteSegment(PageContext& page, std::string_view layer, LineWidthT width, CPoint a,
                          CPoint b) {
-  DxfPolylineBegin(page.out, layer, width);
-  DxfVertex(page.out, layer, page.X(a.x), page.Y(a.y));
-  DxfVertex(page.out, layer, page.X(b.x), page.Y(b.y));
-  DxfSeqEnd(page.out, layer);
+  DxfSegment(page.out, layer, width, {page.X(a.x), page.Y(a.y)}, {page.X(b.x), page.Y(b.y)});
 }
 
 // A closed polyline through (left, top), (right, top), (right, bottom), (left, bottom).
 inline void WriteRectangle(PageContext& page, std::string_view layer, LineWidthT width,
                            const CRect& rect) {
-  DxfClosedPolylineBegin(page.out, layer, width);
-  DxfVertex(page.out, layer, page.X(rect.left), page.Y(rect.top));
-  DxfVertex(page.out, layer, page.X(rect.right), page.Y(rect.top));
-  DxfVertex(page.out, layer, page.X(rect.right), page.Y(rect.bottom));
-  DxfVertex(page.out, layer, page.X(rect.left), page.Y(rect.bottom));
-  DxfSeqEnd(page.out, layer);
+  const double left = page.X(rect.left);
+  const double right = page.X(rect.right);
+  const double top = page.Y(rect.top);
+  const double bottom = page.Y(rect.bottom);
+  DxfRectangle(page.out, layer, width,
+               {{{left, top}, {right, top}, {right, bottom}, {left, bottom}}});
 }
 
 }  // namespace kalmor::page_detail

@@ -3,6 +3,7 @@
 
 #include "dxf/layers.h"
 #include "dxf/polyline_records.h"
+#include "host/dbo_reading.h"
 #include "page/display_props.h"
 #include "page/instance_placement.h"
 #include "page/pins.h"
@@ -11,14 +12,14 @@
 namespace kalmor {
 namespace {
 
+// The rectangle is already flipped: only scaled here.
 void DrawBlockOutline(const PageContext& page, const CRect& r) {
   const double s = page.s;
-  DxfClosedPolylineBegin(page.out, layer::kParts, 0);
-  DxfVertex(page.out, layer::kParts, r.left * s, r.top * s);
-  DxfVertex(page.out, layer::kParts, r.right * s, r.top * s);
-  DxfVertex(page.out, layer::kParts, r.right * s, r.bottom * s);
-  DxfVertex(page.out, layer::kParts, r.left * s, r.bottom * s);
-  DxfSeqEnd(page.out, layer::kParts);
+  DxfRectangle(page.out, layer::kParts, 0,
+               {{{r.left * s, r.top * s},
+                 {r.right * s, r.top * s},
+                 {r.right * s, r.bottom * s},
+                 {r.left * s, r.bottom * s}}});
 }
 
 void TranslatePartInst(const PageContext& page, const DboPartInst& inst) {
@@ -64,13 +65,8 @@ void TranslatePartInst(const PageContext& page, const DboPartInst& inst) {
 }  // namespace
 
 void TranslatePartInsts(PageContext& page) {
-  const std::unique_ptr<DboPagePartInstsIter> insts = page.page.NewPartInstsIter(page.state);
-  if (insts == nullptr) {
-    return;
-  }
-  while (const DboPartInst* inst = insts->NextPartInst(page.state)) {
-    TranslatePartInst(page, *inst);
-  }
+  ForEachDbo(page.page.NewPartInstsIter(page.state), &DboPagePartInstsIter::NextPartInst,
+             page.state, [&](const DboPartInst& inst) { TranslatePartInst(page, inst); });
 }
 
 }  // namespace kalmor

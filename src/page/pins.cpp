@@ -9,6 +9,7 @@
 #include "dxf/layers.h"
 #include "dxf/line_records.h"
 #include "dxf/text_records.h"
+#include "host/dbo_reading.h"
 #include "kalmor/host_text.h"
 #include "page/display_props.h"
 #include "page/instance_placement.h"
@@ -102,17 +103,6 @@ std::string PinString(const PageContext& page, const DboPortInst& pin, int32_t p
     port->GetPropStringById(propId, value, page.state);
   }
   return value;
-}
-
-template <typename Draw>
-void ForEachPin(const PageContext& page, const DboPartInst& inst, Draw&& draw) {
-  const std::unique_ptr<DboPartInstPinsIter> pins = inst.NewPinsIter(0, 0, page.state);
-  if (pins == nullptr) {
-    return;
-  }
-  while (const DboPortInst* pin = pins->NextPin(page.state)) {
-    draw(*pin);
-  }
 }
 
 // ---- block pins
@@ -237,75 +227,85 @@ void PinTexts(const PageContext& page, const SymbolPin& pin, const std::string& 
   }
 }
 
+void DrawBlockPin(const PageContext& page, const DboPortInst& pin, const CRect& rect,
+                  bool namesVisible) {
+  const CPoint start = pin.GetStartPoint(page.state);
+  DrawPinDisplayProps(page, pin, rect);
+  const std::string name = PinString(page, pin, dbo_prop::kPinName);
+  const bool noConnect = pin.GetIsNoConnect(page.state) != 0;
+  const std::span<const Quad* const> marker = MarkerOf(pin.GetBlockPinKind(page.state));
+  if (marker.empty()) {
+    return;
+  }
+  const PagePoint at{static_cast<double>(start.x), static_cast<double>(page.H) - start.y};
+  // Each edge is tested on its own, so a pin on a corner gets a marker for both edges. Each
+  // edge's name follows its marker; the no-connect mark comes last.
+  const bool onEdge[] = {at.x <= rect.left, at.x >= rect.right, at.y >= rect.top,
+                         at.y <= rect.bottom};
+  const Edge edges[] = {Edge::kLeft, Edge::kRight, Edge::kTop, Edge::kBottom};
+  for (std::size_t i = 0; i < 4; ++i) {
+    if (!onEdge[i]) {
+      continue;
+    }
+    for (const Quad* part : marker) {
+      Solid(page, edges[i], at, *part);
+    }
+    if (namesVisible) {
+      const double angle = edges[i] == Edge::kLeft || edges[i] == Edge::kRight ? 0.0 : 90.0;
+      Text(page, angle, OverlineToDxf(name),
+           BlockNameAnchor(edges[i], at, VisibleTextLength(name)));
+    }
+  }
+  if (noConnect) {
+    CrossMark(page, at, 5);
+  }
+}
+
+void DrawSymbolPin(const PageContext& page, const DboPortInst& pin, const CRect& rect,
+                   bool namesVisible, bool numbersVisible) {
+  const CPoint start = pin.GetStartPoint(page.state);
+  const CPoint end = pin.GetEndPoint(page.state);
+  if (pin.GetIsVisible(page.state) == 0) {
+    return;
+  }
+  DrawPinDisplayProps(page, pin, rect);
+  const std::string name = PinString(page, pin, dbo_prop::kPinName);
+  const std::string number = PinString(page, pin, dbo_prop::kPinNumber);
+  const SymbolPin oriented = OrientPin(start, end, page.H);
+
+  // The bubble sits between the line and the body: the line stops a diameter short.
+  PagePoint lineEnd = oriented.end;
+  if (pin.GetIsDot(page.state) != 0) {
+    const PagePoint centre = Turned(oriented.edge, oriented.end, {-3, 0});
+    DxfCircle(page.out, layer::kParts, centre.x * page.s, centre.y * page.s, 3.0 * page.s);
+    lineEnd = Turned(oriented.edge, oriented.end, {-6, 0});
+  }
+  Line(page, oriented.start, lineEnd);
+  if (pin.GetIsClock(page.state) != 0) {
+    const PagePoint tip = Turned(oriented.edge, oriented.end, {6, 0});
+    Line(page, Turned(oriented.edge, oriented.end, {0, 6}), tip);
+    Line(page, tip, Turned(oriented.edge, oriented.end, {0, -6}));
+  }
+  if (pin.GetIsNoConnect(page.state) != 0) {
+    CrossMark(page, oriented.start, 2.5);
+  }
+  PinTexts(page, oriented, name, number, namesVisible, numbersVisible);
+}
+
 }  // namespace
 
 void DrawBlockPins(const PageContext& page, const DboPartInst& inst, const CRect& rect,
                    bool namesVisible) {
-  ForEachPin(page, inst, [&](const DboPortInst& pin) {
-    const CPoint start = pin.GetStartPoint(page.state);
-    DrawPinDisplayProps(page, pin, rect);
-    const std::string name = PinString(page, pin, dbo_prop::kPinName);
-    const bool noConnect = pin.GetIsNoConnect(page.state) != 0;
-    const std::span<const Quad* const> marker = MarkerOf(pin.GetBlockPinKind(page.state));
-    if (marker.empty()) {
-      return;
-    }
-    const PagePoint at{static_cast<double>(start.x), static_cast<double>(page.H) - start.y};
-    // Each edge is tested on its own, so a pin on a corner gets a marker for both edges. Each
-    // edge's name follows its marker; the no-connect mark comes last.
-    const bool onEdge[] = {at.x <= rect.left, at.x >= rect.right, at.y >= rect.top,
-                           at.y <= rect.bottom};
-    const Edge edges[] = {Edge::kLeft, Edge::kRight, Edge::kTop, Edge::kBottom};
-    for (std::size_t i = 0; i < 4; ++i) {
-      if (!onEdge[i]) {
-        continue;
-      }
-      for (const Quad* part : marker) {
-        Solid(page, edges[i], at, *part);
-      }
-      if (namesVisible) {
-        const double angle = edges[i] == Edge::kLeft || edges[i] == Edge::kRight ? 0.0 : 90.0;
-        Text(page, angle, OverlineToDxf(name),
-             BlockNameAnchor(edges[i], at, VisibleTextLength(name)));
-      }
-    }
-    if (noConnect) {
-      CrossMark(page, at, 5);
-    }
-  });
+  ForEachDbo(inst.NewPinsIter(0, 0, page.state), &DboPartInstPinsIter::NextPin, page.state,
+             [&](const DboPortInst& pin) { DrawBlockPin(page, pin, rect, namesVisible); });
 }
 
 void DrawSymbolPins(const PageContext& page, const DboPartInst& inst, const CRect& rect,
                     bool namesVisible, bool numbersVisible) {
-  ForEachPin(page, inst, [&](const DboPortInst& pin) {
-    const CPoint start = pin.GetStartPoint(page.state);
-    const CPoint end = pin.GetEndPoint(page.state);
-    if (pin.GetIsVisible(page.state) == 0) {
-      return;
-    }
-    DrawPinDisplayProps(page, pin, rect);
-    const std::string name = PinString(page, pin, dbo_prop::kPinName);
-    const std::string number = PinString(page, pin, dbo_prop::kPinNumber);
-    const SymbolPin oriented = OrientPin(start, end, page.H);
-
-    // The bubble sits between the line and the body: the line stops a diameter short.
-    PagePoint lineEnd = oriented.end;
-    if (pin.GetIsDot(page.state) != 0) {
-      const PagePoint centre = Turned(oriented.edge, oriented.end, {-3, 0});
-      DxfCircle(page.out, layer::kParts, centre.x * page.s, centre.y * page.s, 3.0 * page.s);
-      lineEnd = Turned(oriented.edge, oriented.end, {-6, 0});
-    }
-    Line(page, oriented.start, lineEnd);
-    if (pin.GetIsClock(page.state) != 0) {
-      const PagePoint tip = Turned(oriented.edge, oriented.end, {6, 0});
-      Line(page, Turned(oriented.edge, oriented.end, {0, 6}), tip);
-      Line(page, tip, Turned(oriented.edge, oriented.end, {0, -6}));
-    }
-    if (pin.GetIsNoConnect(page.state) != 0) {
-      CrossMark(page, oriented.start, 2.5);
-    }
-    PinTexts(page, oriented, name, number, namesVisible, numbersVisible);
-  });
+  ForEachDbo(inst.NewPinsIter(0, 0, page.state), &DboPartInstPinsIter::NextPin, page.state,
+             [&](const DboPortInst& pin) {
+               DrawSymbolPin(page, pin, rect, namesVisible, numbersVisible);
+             });
 }
 
 }  // namespace kalmor

@@ -9,14 +9,12 @@
 #include "dxf/layers.h"
 #include "dxf/polyline_records.h"
 #include "dxf/text_records.h"
+#include "host/dbo_reading.h"
 #include "page/instance_placement.h"
 #include "text/text_extent.h"
 
 namespace kalmor {
 namespace {
-
-constexpr double kHalfTurn = 3.141592;
-constexpr double kFullTurn = 6.283184;
 
 // From `low` halfway to `high`, the half truncated toward zero.
 int32_t Midpoint(int32_t low, int32_t high) {
@@ -51,18 +49,16 @@ struct Placer {
   double X(CPoint p) const { return PlacedX(p) * pageScale; }
   double Y(CPoint p) const { return PlacedY(p) * pageScale; }
 
+  DxfPoint At(CPoint p) const { return {X(p), Y(p)}; }
   void Vertex(CPoint p) const { DxfVertex(out, layer, X(p), Y(p)); }
 };
 
 // A closed outline through the corners of a box already in scaled symbol units, in the order
 // left-top, right-top, right-bottom, left-bottom.
 void DrawOutline(const Placer& at, CRect box, LineWidthT width) {
-  DxfClosedPolylineBegin(at.out, at.layer, width);
-  at.Vertex({box.left, box.top});
-  at.Vertex({box.right, box.top});
-  at.Vertex({box.right, box.bottom});
-  at.Vertex({box.left, box.bottom});
-  DxfSeqEnd(at.out, at.layer);
+  DxfRectangle(at.out, at.layer, width,
+               {at.At({box.left, box.top}), at.At({box.right, box.top}),
+                at.At({box.right, box.bottom}), at.At({box.left, box.bottom})});
 }
 
 void DrawLine(const Placer& at, const DboBaseObject* object) {
@@ -71,10 +67,8 @@ void DrawLine(const Placer& at, const DboBaseObject* object) {
       at.Scaled(CPoint{DboLine::sGetStartX(object, st), DboLine::sGetStartY(object, st)});
   const CPoint end =
       at.Scaled(CPoint{DboLine::sGetEndX(object, st), DboLine::sGetEndY(object, st)});
-  DxfPolylineBegin(at.out, at.layer, at.Scaled(DboLine::sGetLineWidth(object, st)));
-  at.Vertex(start);
-  at.Vertex(end);
-  DxfSeqEnd(at.out, at.layer);
+  DxfSegment(at.out, at.layer, at.Scaled(DboLine::sGetLineWidth(object, st)), at.At(start),
+             at.At(end));
 }
 
 void DrawBox(const Placer& at, const DboBaseObject* object) {
@@ -143,14 +137,10 @@ void DrawPoints(const Placer& at, const DboPolygon* shape, bool closed, LineWidt
   } else {
     DxfPolylineBegin(at.out, at.layer, width);
   }
-  if (const std::unique_ptr<DboPolygonPointsIter> points =
-          shape != nullptr ? shape->NewPointsIter(at.state) : nullptr) {
-    CPoint p;
-    while (points->Next(p).OK()) {
-      const CPoint scaled = at.Scaled(p);
-      at.Vertex({Wrap32(int64_t{scaled.x} + offset.x), Wrap32(int64_t{scaled.y} + offset.y)});
-    }
-  }
+  ForEachPoint(shape, at.state, [&](CPoint p) {
+    const CPoint scaled = at.Scaled(p);
+    at.Vertex({Wrap32(int64_t{scaled.x} + offset.x), Wrap32(int64_t{scaled.y} + offset.y)});
+  });
   DxfSeqEnd(at.out, at.layer);
 }
 

@@ -5,6 +5,7 @@
 #include "dxf/layers.h"
 #include "dxf/polyline_records.h"
 #include "dxf/text_records.h"
+#include "host/dbo_reading.h"
 #include "page/display_props.h"
 #include "page/page_polylines.h"
 #include "page/translators.h"
@@ -23,19 +24,16 @@ void WriteWireLine(PageContext& page, const DboWire& wire) {
 // Every display property of a wire is written, whatever its display type; its location is a
 // page point.
 void WriteWireProps(PageContext& page, const DboWire& wire) {
-  std::unique_ptr<DboDisplayPropsIter> props = wire.NewDisplayPropsIter(page.state);
-  if (props == nullptr) {
-    return;
-  }
-  while (const DboDisplayProp* prop = props->NextProp(page.state)) {
-    const CPoint at = prop->GetLocation(page.state);
-    std::string value = ReadDisplayPropValue(*prop, page.occurrence, page.state);
-    LogFont font;
-    prop->GetFont(0, font, page.state);
-    const RotationT rotation = prop->GetRotation(page.state);
-    DxfText(page.out, layer::kWireText, std::move(value), font, rotation, page.s, at.x,
-            page.H - at.y);
-  }
+  ForEachDbo(wire.NewDisplayPropsIter(page.state), &DboDisplayPropsIter::NextProp, page.state,
+             [&](const DboDisplayProp& prop) {
+               const CPoint at = prop.GetLocation(page.state);
+               std::string value = ReadDisplayPropValue(prop, page.occurrence, page.state);
+               LogFont font;
+               prop.GetFont(0, font, page.state);
+               const RotationT rotation = prop.GetRotation(page.state);
+               DxfText(page.out, layer::kWireText, std::move(value), font, rotation, page.s, at.x,
+                       page.H - at.y);
+             });
 }
 
 void WriteJunctions(PageContext& page, const DboWire& wire) {
@@ -68,40 +66,34 @@ AliasPlacement PlaceAlias(CPoint location, RotationT rotation) {
   }
 }
 
-void WriteAliases(PageContext& page, const DboWire& wire) {
-  std::unique_ptr<DboWireAliasesIter> aliases = wire.NewAliasesIter(page.state);
-  if (aliases == nullptr) {
-    return;
-  }
-  while (const DboAlias* alias = aliases->NextAlias(page.state)) {
-    const CPoint location = alias->GetLocation(page.state);
-    const AliasPlacement place = PlaceAlias(location, alias->GetRotation(page.state));
-    std::string name;
-    alias->GetName(name, page.state);
-    LogFont font;
-    alias->GetFont(font, page.state);
-    // Divided by 175 here, not multiplied by its reciprocal as the text writer does: the last
-    // bit of the sine can differ, and alias heights follow their own rule.
-    const double height =
-        100.0 * page.s * std::sin(std::fabs(static_cast<double>(font.HeightOrDefault())) / 175.0);
-    DxfTextAt(page.out, layer::kWireText, place.angle, std::move(name), page.X(place.at.x),
-              page.Y(place.at.y), height);
-  }
+void WriteAlias(PageContext& page, const DboAlias& alias) {
+  const CPoint location = alias.GetLocation(page.state);
+  const AliasPlacement place = PlaceAlias(location, alias.GetRotation(page.state));
+  std::string name;
+  alias.GetName(name, page.state);
+  LogFont font;
+  alias.GetFont(font, page.state);
+  // Divided by 175 here, not multiplied by its reciprocal as the text writer does: the last
+  // bit of the sine can differ, and alias heights follow their own rule.
+  const double height =
+      100.0 * page.s * std::sin(std::fabs(static_cast<double>(font.HeightOrDefault())) / 175.0);
+  DxfTextAt(page.out, layer::kWireText, place.angle, std::move(name), page.X(place.at.x),
+            page.Y(place.at.y), height);
+}
+
+void WriteWire(PageContext& page, const DboWire& wire) {
+  WriteWireLine(page, wire);
+  WriteWireProps(page, wire);
+  WriteJunctions(page, wire);
+  ForEachDbo(wire.NewAliasesIter(page.state), &DboWireAliasesIter::NextAlias, page.state,
+             [&](const DboAlias& alias) { WriteAlias(page, alias); });
 }
 
 }  // namespace
 
 void TranslateWires(PageContext& page) {
-  std::unique_ptr<DboPageWiresIter> wires = page.page.NewWiresIter(1, page.state);
-  if (wires == nullptr) {
-    return;
-  }
-  while (const DboWire* wire = wires->NextWire(page.state)) {
-    WriteWireLine(page, *wire);
-    WriteWireProps(page, *wire);
-    WriteJunctions(page, *wire);
-    WriteAliases(page, *wire);
-  }
+  ForEachDbo(page.page.NewWiresIter(1, page.state), &DboPageWiresIter::NextWire, page.state,
+             [&](const DboWire& wire) { WriteWire(page, wire); });
 }
 
 }  // namespace kalmor

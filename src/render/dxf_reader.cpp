@@ -7,6 +7,8 @@
 #include <optional>
 #include <utility>
 
+#include "input/shown_text.h"
+
 namespace kalmor {
 
 DxfReadError::DxfReadError(std::string_view sourceName, std::size_t line, std::string record,
@@ -30,24 +32,6 @@ std::string_view Trim(std::string_view s) {
     return {};
   }
   return s.substr(first, s.find_last_not_of(kBlanks) - first + 1);
-}
-
-// Values quoted in messages: printable ASCII only, cut short, so that a binary file gives a
-// readable message.
-std::string Quoted(std::string_view s) {
-  constexpr std::size_t kLongest = 40;
-  std::string out = "\"";
-  for (const char c : s.substr(0, kLongest)) {
-    out += (c >= 0x20 && c < 0x7f) ? c : '?';
-  }
-  out += s.size() > kLongest ? "...\"" : "\"";
-  return out;
-}
-
-// Record, section and variable names in messages, without quotes.
-std::string Shown(std::string_view s) {
-  const std::string quoted = Quoted(s);
-  return quoted.substr(1, quoted.size() - 2);
 }
 
 std::string Str(std::string_view s) {
@@ -76,7 +60,7 @@ class Source {
 };
 
 // The bytes of a file in memory, as a byte source.
-class MemoryBytes final : public DxfByteSource {
+class MemoryBytes final : public ByteSource {
  public:
   explicit MemoryBytes(std::string_view bytes) : bytes_(bytes) {}
   std::size_t Read(char* buffer, std::size_t size) override {
@@ -95,7 +79,7 @@ class MemoryBytes final : public DxfByteSource {
 // without its LF counts when it is not empty.
 class LineReader {
  public:
-  explicit LineReader(DxfByteSource& bytes) : bytes_(bytes) {}
+  explicit LineReader(ByteSource& bytes) : bytes_(bytes) {}
 
   bool Next(std::string& line) {
     line.clear();
@@ -128,7 +112,7 @@ class LineReader {
     return isLine;
   }
 
-  DxfByteSource& bytes_;
+  ByteSource& bytes_;
   std::array<char, 1 << 16> buffer_{};
   std::size_t next_ = 0;
   std::size_t filled_ = 0;
@@ -138,9 +122,7 @@ class LineReader {
 // The file as group code / value pairs, with the two lines of the next pair read ahead.
 class PairReader {
  public:
-  PairReader(DxfByteSource& bytes, const Source& source) : lines_(bytes), source_(source) {
-    Fill();
-  }
+  PairReader(ByteSource& bytes, const Source& source) : lines_(bytes), source_(source) { Fill(); }
 
   bool AtEnd() const { return ahead_ == 0; }
   // The number of the file's last line; asked for once the whole file has been read.
@@ -307,7 +289,7 @@ class Fields {
 
 class DxfParser {
  public:
-  DxfParser(DxfByteSource& bytes, std::string_view sourceName)
+  DxfParser(ByteSource& bytes, std::string_view sourceName)
       : source_(sourceName), pairs_(bytes, source_) {}
 
   DxfDrawing Parse() {
@@ -340,9 +322,9 @@ class DxfParser {
       }
       if (name != "SECTION") {
         if (IsEntityName(name)) {
-          source_.Fail(head.valueLine(), name, Shown(name) + " outside the ENTITIES section");
+          source_.Fail(head.valueLine(), name, Abbreviated(name) + " outside the ENTITIES section");
         }
-        source_.Fail(head.valueLine(), name, "unsupported record " + Shown(name));
+        source_.Fail(head.valueLine(), name, "unsupported record " + Abbreviated(name));
       }
       const Pair section = Next("file ends after SECTION without its name");
       if (section.code != 2) {
@@ -359,7 +341,7 @@ class DxfParser {
                      "unexpected " + Str(section.name()) + " section (one HEADER, then ENTITIES)");
       } else {
         source_.Fail(section.valueLine(), "SECTION",
-                     "unsupported section " + Shown(section.name()));
+                     "unsupported section " + Abbreviated(section.name()));
       }
     }
   }
@@ -399,7 +381,7 @@ class DxfParser {
       }
       if (pair.code == 0) {
         source_.Fail(pair.valueLine(), "HEADER",
-                     "HEADER section ends without ENDSEC (found " + Shown(pair.name()) + ")");
+                     "HEADER section ends without ENDSEC (found " + Abbreviated(pair.name()) + ")");
       }
       if (pair.code != 9) {
         source_.Fail(pair.line, "HEADER",
@@ -407,15 +389,16 @@ class DxfParser {
       }
       if (pair.name() != "$ACADVER") {
         source_.Fail(pair.valueLine(), "HEADER",
-                     "unsupported header variable " + Shown(pair.name()));
+                     "unsupported header variable " + Abbreviated(pair.name()));
       }
       const Pair version = Next("file ends after $ACADVER without its value");
       if (version.code != 1) {
         source_.Fail(version.line, "HEADER", "$ACADVER without its value (group 1)");
       }
       if (version.name() != "AC1009") {
-        source_.Fail(version.valueLine(), "HEADER",
-                     "unsupported DXF version " + Shown(version.name()) + " (AC1009 is read)");
+        source_.Fail(
+            version.valueLine(), "HEADER",
+            "unsupported DXF version " + Abbreviated(version.name()) + " (AC1009 is read)");
       }
     }
   }
@@ -460,11 +443,11 @@ class DxfParser {
       } else if (name == "POLYLINE") {
         ReadPolyline(ReadRecord(head));
       } else if (name == "VERTEX" || name == "SEQEND") {
-        source_.Fail(head.valueLine(), name, Shown(name) + " outside a POLYLINE");
+        source_.Fail(head.valueLine(), name, Abbreviated(name) + " outside a POLYLINE");
       } else if (name == "EOF" || name == "SECTION") {
         source_.Fail(head.valueLine(), name, "ENTITIES section ends without ENDSEC");
       } else {
-        source_.Fail(head.valueLine(), name, "unsupported record " + Shown(name));
+        source_.Fail(head.valueLine(), name, "unsupported record " + Abbreviated(name));
       }
     }
   }
@@ -491,7 +474,7 @@ class DxfParser {
     const double end = f.NumberOr(41, 0);
     const auto shown = [&f](int code) {
       const Pair* group = f.Find(code);
-      return group == nullptr ? std::string("0") : Shown(group->name());
+      return group == nullptr ? std::string("0") : Abbreviated(group->name());
     };
     if (start != end) {
       f.Fail(record.line,
@@ -510,7 +493,8 @@ class DxfParser {
           "POLYLINE");
       const std::string_view name = head.name();
       if (name != "VERTEX" && name != "SEQEND") {
-        source_.Fail(head.valueLine(), "POLYLINE", unfinished + " (found " + Shown(name) + ")");
+        source_.Fail(head.valueLine(), "POLYLINE",
+                     unfinished + " (found " + Abbreviated(name) + ")");
       }
       const Record part = ReadRecord(head);
       const bool isVertex = name == "VERTEX";
@@ -547,7 +531,7 @@ class DxfParser {
 }  // namespace
 }  // namespace render_detail
 
-DxfDrawing ReadDxf(DxfByteSource& bytes, std::string_view sourceName) {
+DxfDrawing ReadDxf(ByteSource& bytes, std::string_view sourceName) {
   return render_detail::DxfParser(bytes, sourceName).Parse();
 }
 

@@ -72,7 +72,7 @@ struct DxfDrawing {
 
 // Throws DxfReadError; `sourceName` only prefixes the messages. The file is read a buffer at a
 // time: memory follows the entities drawn, not the file's size.
-DxfDrawing ReadDxf(DxfByteSource& bytes, std::string_view sourceName);
+DxfDrawing ReadDxf(ByteSource& bytes, std::string_view sourceName);
 DxfDrawing ReadDxf(std::string_view dxf, std::string_view sourceName);
 
 }  // namespace kalmor

@@ -5,7 +5,7 @@
 
 namespace kalmor {
 
-std::string RenderDxfToSvg(DxfByteSource& dxf, std::string_view sourceName) {
+std::string RenderDxfToSvg(ByteSource& dxf, std::string_view sourceName) {
   return WriteSvg(ReadDxf(dxf, sourceName), sourceName);
 }
 

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "input/input_file.h"
+
 namespace kalmor {
 
 // A DXF file that cannot be drawn: what() reads "board.dxf:123: unsupported record ARC".
@@ -27,16 +29,8 @@ class DxfReadError : public std::runtime_error {
   std::string record_;
 };
 
-// Where the DXF reader takes a file's bytes from, a buffer at a time.
-class DxfByteSource {
- public:
-  virtual ~DxfByteSource() = default;
-  // Fills up to `size` bytes of `buffer`; 0 at the end. Errors leave as exceptions.
-  virtual std::size_t Read(char* buffer, std::size_t size) = 0;
-};
-
 // Renders a DXF file written by this exporter as an SVG document.
-std::string RenderDxfToSvg(DxfByteSource& dxf, std::string_view sourceName);
+std::string RenderDxfToSvg(ByteSource& dxf, std::string_view sourceName);
 std::string RenderDxfToSvg(std::string_view dxf, std::string_view sourceName);
 
 }  // namespace kalmor

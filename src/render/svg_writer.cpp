@@ -44,7 +44,7 @@ std::string Y(double y) {
   return SvgNumber(-y * kScale);
 }
 
-class Extent {
+class DrawingBounds {
  public:
   void Add(DrawingPoint p) {
     if (empty_) {
@@ -55,7 +55,7 @@ class Extent {
     low_ = {std::min(low_.x, p.x), std::min(low_.y, p.y)};
     high_ = {std::max(high_.x, p.x), std::max(high_.y, p.y)};
   }
-  void Add(const Extent& other, double pad) {
+  void Add(const DrawingBounds& other, double pad) {
     if (!other.empty_) {
       Add({other.low_.x - pad, other.low_.y - pad});
       Add({other.high_.x + pad, other.high_.y + pad});
@@ -124,39 +124,39 @@ std::size_t VisibleCharacters(std::string_view value) {
   return count;
 }
 
-Extent TextExtent(const DrawnText& text) {
+DrawingBounds TextBounds(const DrawnText& text) {
   const double size = FontSize(text);
   const double length =
       static_cast<double>(VisibleCharacters(text.value)) * size * kAverageAdvanceEm;
   const double angle = text.angle * std::numbers::pi / 180;
-  Extent extent;
+  DrawingBounds bounds;
   for (const DrawingPoint corner :
        {DrawingPoint{0, -kDescentEm * size}, DrawingPoint{length, -kDescentEm * size},
         DrawingPoint{0, std::fabs(text.height)}, DrawingPoint{length, std::fabs(text.height)}}) {
-    extent.Add({text.at.x + corner.x * std::cos(angle) - corner.y * std::sin(angle),
+    bounds.Add({text.at.x + corner.x * std::cos(angle) - corner.y * std::sin(angle),
                 text.at.y + corner.x * std::sin(angle) + corner.y * std::cos(angle)});
   }
-  return extent;
+  return bounds;
 }
 
-Extent EntityExtent(const DxfEntity& entity) {
-  Extent extent;
+DrawingBounds EntityBounds(const DxfEntity& entity) {
+  DrawingBounds bounds;
   std::visit(
-      [&extent](const auto& shape) {
+      [&bounds](const auto& shape) {
         using Shape = std::decay_t<decltype(shape)>;
         if constexpr (std::is_same_v<Shape, DrawnLine>) {
-          extent.Add(shape.start);
-          extent.Add(shape.end);
+          bounds.Add(shape.start);
+          bounds.Add(shape.end);
         } else if constexpr (std::is_same_v<Shape, DrawnCircle>) {
           const double r = std::fabs(shape.radius);
-          extent.Add({shape.centre.x - r, shape.centre.y - r});
-          extent.Add({shape.centre.x + r, shape.centre.y + r});
+          bounds.Add({shape.centre.x - r, shape.centre.y - r});
+          bounds.Add({shape.centre.x + r, shape.centre.y + r});
         } else if constexpr (std::is_same_v<Shape, DrawnSolid>) {
           for (const DrawingPoint& corner : shape.corners) {
-            extent.Add(corner);
+            bounds.Add(corner);
           }
         } else if constexpr (std::is_same_v<Shape, DrawnPolyline>) {
-          Extent line;
+          DrawingBounds line;
           for (const PolylineVertex& vertex : shape.vertices) {
             line.Add(vertex.at);
           }
@@ -165,13 +165,13 @@ Extent EntityExtent(const DxfEntity& entity) {
               line.AddArc(*arc);
             }
           });
-          extent.Add(line, shape.width / 2);
+          bounds.Add(line, shape.width / 2);
         } else {
-          extent.Add(TextExtent(shape), 0);
+          bounds.Add(TextBounds(shape), 0);
         }
       },
       entity.shape);
-  return extent;
+  return bounds;
 }
 
 class SvgBuilder {
@@ -340,21 +340,21 @@ std::string SvgNumber(double value) {
 }
 
 std::string WriteSvg(const DxfDrawing& drawing, std::string_view title) {
-  Extent extent;
+  DrawingBounds bounds;
   std::array<std::size_t, kDrawingLayers.size()> counts{};
   for (const DxfEntity& entity : drawing.entities) {
-    extent.Add(EntityExtent(entity), 0);
+    bounds.Add(EntityBounds(entity), 0);
     ++counts[entity.layer];
   }
-  if (extent.empty()) {
-    extent.Add({0, 0});
-    extent.Add({1, 1});
+  if (bounds.empty()) {
+    bounds.Add({0, 0});
+    bounds.Add({1, 1});
   }
   // From here on in SVG units, y downward.
-  const double left = extent.low().x * kScale;
-  const double right = extent.high().x * kScale;
-  const double top = -extent.high().y * kScale;
-  const double bottom = -extent.low().y * kScale;
+  const double left = bounds.low().x * kScale;
+  const double right = bounds.high().x * kScale;
+  const double top = -bounds.high().y * kScale;
+  const double bottom = -bounds.low().y * kScale;
   double span = std::max(right - left, bottom - top);
   if (span <= 0) {
     span = kScale;  // a single point still gets a page

@@ -14,7 +14,6 @@ struct TextMetrics {
   int32_t height = 0;  // ascent + descent
   int32_t descent = 0;
   int32_t averageCharWidth = 0;
-  bool trueType = false;
 };
 
 struct TextExtent {

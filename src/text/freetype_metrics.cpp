@@ -3,7 +3,6 @@
 #include <fontconfig/fontconfig.h>
 #include <ft2build.h>
 #include FT_FREETYPE_H
-#include FT_FONT_FORMATS_H
 #include FT_SIZES_H
 #include FT_TRUETYPE_TABLES_H
 
@@ -167,8 +166,6 @@ class SizedFace {
     } else {
       metrics_.averageCharWidth = SaturateToInt32(Advance(U'x'));
     }
-    const char* format = FT_Get_Font_Format(face_);
-    metrics_.trueType = format != nullptr && std::strcmp(format, "TrueType") == 0;
   }
 
   int64_t Advance(char32_t cp) {

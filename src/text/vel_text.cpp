@@ -25,7 +25,6 @@ constexpr std::string_view kUnrealisticExtentText =
 // The box is the framework's own complaint, so it carries the application's name.
 constexpr std::string_view kUnrealisticExtentCaption = "KALMOR";
 
-uint32_t g_lastShapeId = 0;
 bool g_unrealisticExtentShown = false;
 
 // The rectangle while it is laid out: wide enough that no text can overflow it.
@@ -63,6 +62,81 @@ TextExtent CheckedTextExtent(FontMetricsSource& source, const LogFont& font,
   return kStandInExtent;
 }
 
+// Lays the text out from `anchor` in the cached font at `fontIndex`: the anchor is the corner
+// that the angle names (left and top at 0, turning counter-clockwise with the text).
+CRect LayOut(std::string_view text, CPoint anchor, int32_t angle, int32_t fontIndex) {
+  // A copy: the cache may move its records when it grows.
+  const LogFont font = ApplicationGdiCache().GetLogFont(0, fontIndex);
+  FontMetricsSource& source = CurrentFontMetrics();
+
+  int64_t lineHeight = 0;
+  int64_t descent = 0;
+  if (TextMetrics metrics; source.GetTextMetrics(font, metrics)) {
+    lineHeight = metrics.height;
+    descent = metrics.descent;
+  } else {
+    lineHeight = std::abs(int64_t{font.lfHeight});
+  }
+
+  // Lines end at carriage returns; line feeds take no room anywhere in the text.
+  int64_t lines = 1;
+  int64_t width = 0;
+  std::string line;
+  bool first = true;
+  const auto measureLine = [&] {
+    const int64_t cx = CheckedTextExtent(source, font, line).cx;
+    width = first ? cx : std::max(width, cx);
+    first = false;
+    line.clear();
+  };
+  for (const char c : text) {
+    if (c == '\r') {
+      measureLine();
+      ++lines;
+    } else if (c != '\n') {
+      line += c;
+    }
+  }
+  measureLine();
+
+  const int64_t height = lineHeight * lines;
+  const int64_t x = anchor.x;
+  const int64_t y = anchor.y;
+  WideRect laid;
+  switch (angle) {
+    case 0:
+      laid = {x, y, x + width, y + height};
+      laid.Normalise();
+      laid.bottom -= descent;
+      break;
+    case 900:
+      laid = {x, y, x + height, y - width};
+      laid.Normalise();
+      laid.right -= descent;
+      break;
+    case 1800:
+      laid = {x, y, x - width, y - height};
+      laid.Normalise();
+      laid.top += descent;
+      break;
+    case 2700:
+      laid = {x, y, x - height, y + width};
+      laid.Normalise();
+      laid.left += descent;
+      break;
+    default:
+      // Only the four right angles are measured.
+      break;
+  }
+  return {text_detail::SaturateToInt32(laid.left), text_detail::SaturateToInt32(laid.top),
+          text_detail::SaturateToInt32(laid.right), text_detail::SaturateToInt32(laid.bottom)};
+}
+
+CRect Normalised(const CRect& rect) {
+  return {std::min(rect.left, rect.right), std::min(rect.top, rect.bottom),
+          std::max(rect.left, rect.right), std::max(rect.top, rect.bottom)};
+}
+
 }  // namespace
 
 LogFont NormaliseTextFont(const LogFont& font) {
@@ -83,114 +157,15 @@ void PrepareTextFont(const LogFont& font) {
   CurrentFontMetrics().PrepareFont(NormaliseTextFont(font));
 }
 
-CVelText::CVelText(std::string text, CPoint anchor, const LogFont& font, uint32_t style,
-                   uint32_t formatFlags)
-    : shapeId_(++g_lastShapeId), style_(style), text_(std::move(text)) {
-  layoutWords_[0] = -1;
-  layoutWords_[1] = 0;
-  SetBoundingRect({anchor.x, anchor.y, anchor.x, anchor.y});
-  formatFlags_ = formatFlags + kFormatNoClip;
-  angle_ = font.lfEscapement;
-  fontSlot_ = 0;
-  fontIndex_ = ApplicationGdiCache().Lookup(NormaliseTextFont(font));
-  Measure();
-}
-
-void CVelText::SetBoundingRect(const CRect& rect) {
-  rect_ = {std::min(rect.left, rect.right), std::min(rect.top, rect.bottom),
-           std::max(rect.left, rect.right), std::max(rect.top, rect.bottom)};
-}
-
-void CVelText::Measure() {
-  const uint32_t formerFlags = formatFlags_;
-  formatFlags_ |= kFormatCalcRect;
-  CRect rect = LayOut(rect_);
-  formatFlags_ = formerFlags;
+CVelText::CVelText(std::string_view text, CPoint anchor, const LogFont& font) {
+  const int32_t fontIndex = ApplicationGdiCache().Lookup(NormaliseTextFont(font));
+  CRect rect = LayOut(text, anchor, font.lfEscapement, fontIndex);
   // Both dimensions are made even, so that the text's centre falls on a whole unit.
   const int64_t width = int64_t{rect.right} - rect.left;
   const int64_t height = int64_t{rect.bottom} - rect.top;
   rect.right = text_detail::SaturateToInt32(rect.right + int64_t{width % 2 != 0});
   rect.bottom = text_detail::SaturateToInt32(rect.bottom + int64_t{height % 2 != 0});
-  SetBoundingRect(rect);
-}
-
-CRect CVelText::LayOut(CRect rect) {
-  if (rect.left > rect.right) {
-    std::swap(rect.left, rect.right);
-  }
-  // A copy: the cache may move its records when it grows.
-  const LogFont font = ApplicationGdiCache().GetLogFont(fontSlot_, fontIndex_);
-  FontMetricsSource& source = CurrentFontMetrics();
-
-  int64_t lineHeight = 0;
-  int64_t descent = 0;
-  if (TextMetrics metrics; source.GetTextMetrics(font, metrics)) {
-    lineHeight = metrics.height;
-    descent = metrics.descent;
-    trueTypeFlag_ = metrics.trueType ? kTrueTypeFlag : 0;
-  } else {
-    lineHeight = std::abs(int64_t{font.lfHeight});
-    trueTypeFlag_ = 0;
-  }
-
-  // Lines end at carriage returns; line feeds take no room anywhere in the text.
-  int64_t lines = 1;
-  int64_t width = 0;
-  std::string line;
-  bool first = true;
-  const auto measureLine = [&] {
-    const int64_t cx = CheckedTextExtent(source, font, line).cx;
-    width = first ? cx : std::max(width, cx);
-    first = false;
-    line.clear();
-  };
-  for (const char c : text_) {
-    if (c == '\r') {
-      measureLine();
-      ++lines;
-    } else if (c != '\n') {
-      line += c;
-    }
-  }
-  measureLine();
-
-  const int64_t height = lineHeight * lines;
-  WideRect laid;
-  switch (angle_) {
-    case 0: {
-      const int64_t x = rect.left, y = rect.top;
-      laid = {x, y, x + width, y + height};
-      laid.Normalise();
-      laid.bottom -= descent;
-      break;
-    }
-    case 900: {
-      const int64_t x = rect.left, y = rect.bottom;
-      laid = {x, y, x + height, y - width};
-      laid.Normalise();
-      laid.right -= descent;
-      break;
-    }
-    case 1800: {
-      const int64_t x = rect.right, y = rect.bottom;
-      laid = {x, y, x - width, y - height};
-      laid.Normalise();
-      laid.top += descent;
-      break;
-    }
-    case 2700: {
-      const int64_t x = rect.right, y = rect.top;
-      laid = {x, y, x - height, y + width};
-      laid.Normalise();
-      laid.left += descent;
-      break;
-    }
-    default:
-      // Only the four right angles are measured.
-      break;
-  }
-  return {text_detail::SaturateToInt32(laid.left), text_detail::SaturateToInt32(laid.top),
-          text_detail::SaturateToInt32(laid.right), text_detail::SaturateToInt32(laid.bottom)};
+  rect_ = Normalised(rect);
 }
 
 }  // namespace kalmor

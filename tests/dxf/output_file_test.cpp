@@ -178,5 +178,18 @@ TEST(OutputFile, AFileBeingWrittenIsRefusedAndKept) {
   EXPECT_EQ(ReadFileBytes(path), "");
 }
 
+TEST(OutputFile, MovesCarryTheOpenFile) {
+  TempDir dir;
+  OutputFile a((dir / "a.dxf").string());
+  a.Write("A1 ");
+  OutputFile moved(std::move(a));
+  EXPECT_FALSE(a.is_open());
+  EXPECT_THROW(a.Write("lost"), FileError);
+  moved.Write("A2");
+  EXPECT_EQ(moved.path(), (dir / "a.dxf").string());
+  moved.Close();
+  EXPECT_EQ(ReadFileBytes(dir / "a.dxf"), "A1 A2");
+}
+
 }  // namespace
 }  // namespace kalmor

@@ -215,10 +215,10 @@ TEST(KiCadReader, RefusesBadFilesSayingWhereAndWhat) {
   }
 }
 
-TEST(KiCadReader, ReadsOnlyRegularFilesFromDisk) {
+TEST(KiCadReader, ReadsNoDevicesFromDisk) {
   EXPECT_THAT(test::ThrownMessage<KiCadError>(
                   [] { ReadKiCadSchematic(WithSheet("/dev/zero"), "d/t.kicad_sch", DiskFiles()); }),
-              HasSubstr("/dev/zero: not a regular file"));
+              HasSubstr("cannot read /dev/zero: it is a device"));
 }
 
 TEST(KiCadReader, ReadsNewerVersionsWithOneWarningAndFindsSheetsBesideTheRoot) {

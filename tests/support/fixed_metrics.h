@@ -13,7 +13,7 @@ namespace kalmor::test {
 
 class FixedMetrics final : public FontMetricsSource {
  public:
-  TextMetrics metrics{.height = 12, .descent = 3, .averageCharWidth = 5, .trueType = true};
+  TextMetrics metrics{.height = 12, .descent = 3, .averageCharWidth = 5};
   bool readable = true;
   int32_t charWidth = 7;
   std::map<std::string, TextExtent, std::less<>> extents;  // lines measured otherwise

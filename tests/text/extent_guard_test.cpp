@@ -31,8 +31,7 @@ struct RecordingUserInterface final : UserInterface {
 const std::string kError = "Internal Device Error: TextExtent returned unrealistic values.\n";
 
 CRect Measure(const std::string& text) {
-  return CVelText(text, {0, 0}, LogFont{}, CVelText::kStyleText, CVelText::kFormatCalcRect)
-      .GetBoundingRect();
+  return CVelText(text, {0, 0}, LogFont{}).GetBoundingRect();
 }
 
 TEST(TextExtentGuard, ImpossibleExtentsBecomeThreeByThreeAndAreReportedOnce) {

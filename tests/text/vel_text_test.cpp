@@ -23,7 +23,7 @@ LogFont Font(int32_t height, int32_t escapement = 0, const char* face = "Arial")
 }
 
 CVelText Shape(const std::string& text, const LogFont& font, CPoint anchor = {}) {
-  return CVelText(text, anchor, font, CVelText::kStyleText, CVelText::kFormatCalcRect);
+  return CVelText(text, anchor, font);
 }
 
 TEST(TextFont, NormalisationAndCacheIdentity) {
@@ -39,6 +39,9 @@ TEST(TextFont, NormalisationAndCacheIdentity) {
 
   FixedMetrics fixed;
   ScopedFontMetrics scope(fixed);
+  EXPECT_EQ(ApplicationGdiCache().GetLogFont(0, ApplicationGdiCache().Lookup(normal)).lfWidth, 5)
+      << "a width of 0 becomes the average character width";
+
   CVelGdiCache cache;
   LogFont family = expected, fullFace = expected;
   family.lfPitchAndFamily = 0x22;                                     // the 28th byte
