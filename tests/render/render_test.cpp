@@ -134,6 +134,13 @@ TEST(SvgRender, ViewBoxHoldsArcsAndTheLegend) {
   EXPECT_NE(svg.find(R"(viewBox="-80 -80 2740 1160")"), std::string::npos) << svg;
   EXPECT_NE(svg.find(R"(stroke-width="1.7125")"), std::string::npos) << svg;
   EXPECT_NE(svg.find(">COMMENTS (1)</text>"), std::string::npos);
+  // A negative width, which a design may give, is drawn at its magnitude.
+  const std::string wide = RenderDxfToSvg(
+      DxfPage(" 0\nPOLYLINE\n 8\nCOMMENTS\n 66\n1\n 40\n-0.5\n 41\n-0.5\n"
+              " 0\nVERTEX\n 8\nCOMMENTS\n 10\n0\n 20\n0\n"
+              " 0\nVERTEX\n 8\nCOMMENTS\n 10\n20\n 20\n0\n 0\nSEQEND\n 8\nCOMMENTS\n"),
+      "wide.dxf");
+  EXPECT_NE(wide.find(R"(stroke-width="50")"), std::string::npos) << wide;
   EXPECT_NE(svg.find(">WIRE (0)</text>"), std::string::npos);
 
   const std::string empty = RenderDxfToSvg(DxfPage(""), "empty.dxf");
