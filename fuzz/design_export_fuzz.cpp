@@ -1,8 +1,8 @@
 // Any bytes given to the design-document reader are refused with a DesignDocumentError or read
 // into a design whose every page then exports, as a design export would write it, into memory.
 // The fast reading must make the very design the careful one makes, or leave the bytes to it.
-// A crash, another exception, a sanitizer report, a hang, a page whose bytes are not a whole DXF
-// file of finite numbers, or a fast reading that differs from the careful one is a finding.
+// A crash, another exception, a sanitizer report, a hang, a page that the renderer's strict reader
+// refuses, or a fast reading that differs from the careful one is a finding.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,7 +12,6 @@
 #include <string_view>
 #include <vector>
 
-#include "hardening/dxf_page_check.h"
 #include "hardening/export_in_memory.h"
 #include "model/design.h"
 #include "model/design_reader.h"
@@ -22,7 +21,7 @@ namespace {
 
 std::vector<std::string> Pages(std::unique_ptr<kalmor::model::detail::DesignData> data) {
   const kalmor::model::Design design(std::move(data));
-  return kalmor::testing::ExportPagesInMemory(design);
+  return kalmor::test::ExportPagesInMemory(design);
 }
 
 }  // namespace
@@ -47,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     std::abort();
   }
   for (const std::string& page : pages) {
-    if (!kalmor::testing::DxfPageProblem(page).empty()) {
+    if (!kalmor::test::PageProblem(page).empty()) {
       std::abort();
     }
   }

@@ -2,7 +2,7 @@
 // and a place, or read into a design whose every page then exports into memory. Every sheet the
 // bytes name is read as the same bytes again, so that hierarchies (and sheets that contain
 // themselves) are explored too. A crash, another exception, a sanitizer report, a hang, or a
-// page whose bytes are not a whole DXF file of finite numbers is a finding.
+// page that the renderer's strict reader refuses is a finding.
 
 #include <cctype>
 #include <cstddef>
@@ -12,7 +12,6 @@
 #include <string>
 #include <string_view>
 
-#include "hardening/dxf_page_check.h"
 #include "hardening/export_in_memory.h"
 #include "kicad/kicad_reader.h"
 #include "model/design.h"
@@ -68,8 +67,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     }
     return 0;
   }
-  for (const std::string& page : kalmor::testing::ExportPagesInMemory(*read.design)) {
-    if (const std::string problem = kalmor::testing::DxfPageProblem(page); !problem.empty()) {
+  for (const std::string& page : kalmor::test::ExportPagesInMemory(*read.design)) {
+    if (const std::string problem = kalmor::test::PageProblem(page); !problem.empty()) {
       std::fprintf(stderr, "page problem: %s\n", problem.c_str());
       std::abort();
     }

@@ -480,10 +480,9 @@ class DxfParser {
       f.Fail(record.line,
              "tapered POLYLINE (widths " + shown(40) + " and " + shown(41) + ") is not supported");
     }
-    if (start < 0) {
-      f.Fail(record.line, "negative POLYLINE width " + shown(40));
-    }
-    polyline.width = start;
+    // A design may give a line a negative width and the exporter writes it as given; it is
+    // drawn at its magnitude, as a negative circle radius is.
+    polyline.width = std::fabs(start);
 
     const std::string unfinished =
         "POLYLINE from line " + std::to_string(record.line) + " ends without SEQEND";

@@ -25,16 +25,13 @@ TEST(GalleryHtml, FileSizesRoundWithinTheirUnit) {
   const struct {
     std::uintmax_t bytes;
     const char* shown;
-  } cases[] = {{0, "0 bytes"},
-               {1, "1 byte"},
-               {999, "999 bytes"},
-               {1000, "1.0 kB"},
-               {17341, "17.3 kB"},
-               {999949, "999.9 kB"},
-               {999950, "1.0 MB"},
-               {66'000'000, "66.0 MB"},
-               {1'234'567'890'123, "1.2 TB"},
-               {999'950'000'000'000'000, "999950.0 TB"}};
+  } cases[] = {
+      // clang-format off
+      {0, "0 bytes"}, {1, "1 byte"}, {999, "999 bytes"}, {1000, "1.0 kB"}, {17341, "17.3 kB"},
+      {999949, "999.9 kB"}, {999950, "1.0 MB"}, {66'000'000, "66.0 MB"},
+      {1'234'567'890'123, "1.2 TB"}, {999'950'000'000'000'000, "999950.0 TB"},
+      // clang-format on
+  };
   for (const auto& c : cases) {
     Gallery gallery;
     gallery.pages.push_back(PageOf("S", c.bytes));

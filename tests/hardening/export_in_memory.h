@@ -1,9 +1,11 @@
 #pragma once
 
 // A whole design export, as DesignToDXF walks it, with each page written into memory instead
-// of a file: the hardening tests look at the bytes without touching the disk.
+// of a file, and what is wrong with such a page: the hardening tests and the fuzz targets look at
+// the bytes without touching the disk.
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "dxf/byte_sink.h"
@@ -11,8 +13,9 @@
 #include "kalmor/dbo.h"
 #include "kalmor/export.h"
 #include "page/page_walk.h"
+#include "render/dxf_reader.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 
 // The file bytes of every page the design export writes, in its order, frame and title blocks
 // included.
@@ -33,4 +36,15 @@ inline std::vector<std::string> ExportPagesInMemory(const DboDesign& design) {
   return pages;
 }
 
-}  // namespace kalmor::testing
+// What is wrong with a page file as the renderer's strict reader reads it back (every record
+// whole, every number finite and in range), or "" when nothing is.
+inline std::string PageProblem(std::string_view page) {
+  try {
+    ReadDxf(page, "page.dxf");
+  } catch (const DxfReadError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+}  // namespace kalmor::test

@@ -142,12 +142,10 @@ class KiCadDesign:
             if "Value" in fields and not hidden(fields["Value"]) and value and "${" not in value:
                 named = flag(fields["Value"], "show_name")
                 texts[("PARTTEXT", ("Value: " if named else "") + shown(value))] += 1
-        labels = []
         for kind, layer in (("label", "WIRETEXT"), ("global_label", "PARTTEXT"),
                             ("hierarchical_label", "PARTTEXT")):
             for label in children(tree, kind):
                 texts[(layer, shown(label[1]))] += 1
-                labels.append(label)
         for text in children(tree, "text"):
             if "${" not in text[1]:
                 for line in text[1].split("\n"):

@@ -1,25 +1,17 @@
 """The files kalmor writes, read by the programs people open them with.
 
 Every example design is exported with the kalmor command; each page file must then be read by
-ezdxf (release AC1009, no auditor error) and by GDAL's ogrinfo (no error, no warning), both must
-find per layer exactly the entities that the design document implies, and ezdxf's drawing add-on
-must draw each page to a PNG (kept in the build folder, not in git). The expected counts are worked
-out here from the design document alone, not from the exporter's code.
-
-LibreCAD prints every page to PDF (fitted to the sheet) and pdftoppm turns that into a PNG in
-build/interop/librecad/: the picture must not be blank, and the drawing's extent in it must have
-the proportions of the page, that is of its frame as ezdxf reads it.
-
-Deliberately broken copies of a good file (a SOLID without its fourth corner, a POLYLINE without
-its SEQEND, a stray line far off the page, no entities) must make these checks fail.
+ezdxf (release AC1009, no auditor error) and by GDAL's ogrinfo (no error, no warning), and both
+must find per layer exactly the entities that the design document implies, worked out here from
+the design document alone. LibreCAD prints every page to PDF, which pdftoppm turns into a PNG in
+build/interop/librecad/: the drawing in it must have the proportions of the page's frame.
+Deliberately broken copies of a good file must make these checks fail.
 
 The texts of examples/texts.json (µ, Ω, ±, °, é, ß, €, CJK characters, emoji) must come back from
 both readers exactly as the document writes them. The file names no code page, so it is read in
-Windows-1252, and characters beyond it are \\U+XXXX escapes of UTF-16 units. ezdxf decodes them
-when it reads a file through its recover module; GDAL 3.6 reads a file without a code page as
-ISO-8859-1 unless told the code page (DXF_ENCODING), and hands the escapes of TEXT entities to
-the application (it decodes them in MTEXT only), so here they are decoded as a DXF reader does.
-A surrogate pair comes back as two units, which a UTF-16 reader shows as one character.
+Windows-1252, and characters beyond it are \\U+XXXX escapes of UTF-16 units, which ezdxf's recover
+module decodes; GDAL 3.6 needs the code page (DXF_ENCODING) and leaves the escapes of TEXT
+entities to the application, so here they are decoded as a DXF reader does.
 """
 
 import collections
@@ -35,13 +27,7 @@ import unittest
 import ezdxf
 import ezdxf.bbox
 import ezdxf.recover
-import matplotlib
 from PIL import Image
-
-matplotlib.use("Agg")
-import matplotlib.pyplot as plt  # noqa: E402
-from ezdxf.addons.drawing import Frontend, RenderContext  # noqa: E402
-from ezdxf.addons.drawing.matplotlib import MatplotlibBackend  # noqa: E402
 
 SOURCE = pathlib.Path(os.environ.get("KALMOR_SOURCE_DIR", pathlib.Path(__file__).parents[2]))
 BUILD = pathlib.Path(os.environ.get("KALMOR_BUILD_DIR", SOURCE / "build"))
@@ -90,33 +76,6 @@ class Oracle:
             elif kind == "vector":
                 members = vector.get("members", [])
                 counts[(layer, "POLYLINE")] += sum(m.get("type") == "polyline" for m in members)
-
-    def bbox(self, symbol):
-        symbol = self.symbol(symbol)
-        if "bbox" in symbol:
-            return symbol["bbox"]
-        xs, ys = [], []
-
-        def add(points, dx=0, dy=0):
-            for x, y in points:
-                xs.append(x + dx)
-                ys.append(y + dy)
-
-        for vector in symbol.get("vectors", []):
-            if "rect" in vector:
-                left, top, right, bottom = vector["rect"]
-                add([(left, top), (right, bottom)])
-            for key in ("start", "end"):
-                if key in vector and vector.get("type") == "line":
-                    add([vector[key]])
-            add(vector.get("points", []))
-            if vector.get("type") == "vector":
-                dx, dy = vector.get("location", [0, 0])
-                for member in vector.get("members", []):
-                    add(member.get("points", []), dx, dy)
-        if not xs:
-            return [0, 0, 0, 0]
-        return [min(xs), min(ys), max(xs), max(ys)]
 
     def page(self, page):
         counts = collections.Counter()
@@ -182,7 +141,8 @@ class Oracle:
             counts[("PARTS", "CIRCLE")] += pin.get("dot", False)
 
     def block_pins(self, counts, part, flip):
-        left, top, right, bottom = part.get("bbox") or self.bbox(part["symbol"])
+        # The examples give every block's symbol its box.
+        left, top, right, bottom = part.get("bbox") or self.symbol(part["symbol"])["bbox"]
         if part.get("rotation", 0) in (1, 3):
             right, bottom = bottom, right
         x0, y0 = part.get("location", [0, 0])
@@ -300,14 +260,6 @@ def check_file(path, expected):
     return doc
 
 
-def draw(doc, png):
-    figure = plt.figure(figsize=(11, 8.5))
-    axes = figure.add_axes([0, 0, 1, 1])
-    Frontend(RenderContext(doc), MatplotlibBackend(axes)).draw_layout(doc.modelspace(),
-                                                                      finalize=True)
-    figure.savefig(png, dpi=80)
-    plt.close(figure)
-
 
 def librecad_pictures(dxfs, folder):
     """Prints the page files to PDF with LibreCAD, then each PDF to build/interop/librecad/ as a
@@ -379,10 +331,7 @@ class Readers(unittest.TestCase):
             oracle = Oracle(document)
             for page, path in page_files(stem, document):
                 with self.subTest(file=path.name):
-                    doc = check_file(path, oracle.page(page))
-                    png = PICTURES / (path.stem + ".png")
-                    draw(doc, png)
-                    self.assertGreater(png.stat().st_size, 0)
+                    check_file(path, oracle.page(page))
 
     def test_texts_read_back_as_written(self):
         design = SOURCE / "examples" / "texts.json"

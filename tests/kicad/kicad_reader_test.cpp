@@ -8,10 +8,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include "kicad/kicad_reader.h"
 #include "model/design.h"
 #include "model/design_data.h"
 #include "support/paths.h"
+#include "support/thrown.h"
 
 namespace kalmor::kicad {
 namespace {
@@ -33,7 +36,7 @@ std::vector<std::string> Shown(const model::detail::DisplayPropList& props) {
 }
 
 std::string NewerDesign() {
-  return (testing::SourceDir() / "tests/kicad/data/newer/newer.kicad_sch").string();
+  return (test::SourceDir() / "tests/kicad/data/newer/newer.kicad_sch").string();
 }
 
 class NewerFormats : public ::testing::Test {
@@ -137,26 +140,6 @@ TEST_F(NewerFormats, SymbolsDrawTheirUnitStyleAndPins) {
   EXPECT_EQ(resistor.symbol->bbox, (CRect{0, 0, 6, 14}));
 }
 
-TEST_F(NewerFormats, WiresCarryLabelsAndJunctions) {
-  ASSERT_EQ(root().wires.size(), 3u);
-  EXPECT_FALSE(root().wires[0].bus);
-  EXPECT_TRUE(root().wires[2].bus);
-  ASSERT_EQ(root().wires[0].aliases.size(), 1u);
-  EXPECT_EQ(root().wires[0].aliases[0].name, "NET_A");
-  EXPECT_EQ(std::vector<CPoint>(root().wires[0].junctions.begin(), root().wires[0].junctions.end()),
-            (std::vector<CPoint>{{253, 203}}));
-  ASSERT_EQ(root().wires[2].aliases.size(), 1u);
-  EXPECT_EQ(root().wires[2].aliases[0].name, "D/BUS");
-  EXPECT_EQ(root().wires[2].aliases[0].rotation, 1);
-  ASSERT_EQ(root().busEntries.size(), 1u);
-  EXPECT_EQ(root().busEntries[0].end.x - root().busEntries[0].entry.x, 10);
-  ASSERT_EQ(root().globals.size(), 2u);  // the global label and the net class flag
-  EXPECT_THAT(Shown(root().globals[0].properties), ElementsAre("SDA"));
-  EXPECT_THAT(Shown(root().globals[1].properties), ElementsAre("Power"));
-  ASSERT_EQ(channel().ports.size(), 2u);
-  EXPECT_THAT(Shown(channel().ports[1].properties), ElementsAre("OUT"));
-}
-
 TEST_F(NewerFormats, TextsExpandVariablesAndGraphicsKeepTheirKinds) {
   std::vector<std::string> texts;
   std::map<int32_t, int> kinds;
@@ -198,12 +181,8 @@ FileSource Files(std::map<std::string, std::string> files) {
 }
 
 std::string RefusalOf(const std::string& text, std::map<std::string, std::string> others = {}) {
-  try {
-    ReadKiCadSchematic(text, "d/t.kicad_sch", Files(std::move(others)));
-  } catch (const KiCadError& error) {
-    return error.what();
-  }
-  return "read";
+  return test::ThrownMessage<KiCadError>(
+      [&] { ReadKiCadSchematic(text, "d/t.kicad_sch", Files(std::move(others))); });
 }
 
 constexpr char kSheetOf[] = R"((sheet (at 10 10) (size 20 20) (uuid "s")
@@ -215,58 +194,31 @@ std::string WithSheet(const std::string& file) {
   return "(kicad_sch (version 20231120) (uuid \"r\")\n  " + sheet + ")";
 }
 
+// A schematic of tests/kicad/data/bad_schematics.json is its "text" or holds a "sheet" of that file
+// name; so are the other "files" its sheets read.
+std::string CaseText(const nlohmann::json& c) {
+  return c.contains("sheet") ? WithSheet(c["sheet"]) : c["text"].get<std::string>();
+}
+
 TEST(KiCadReader, RefusesBadFilesSayingWhereAndWhat) {
-  struct Case {
-    std::string text;
+  const nlohmann::json cases = nlohmann::json::parse(
+      test::ReadFileBytes(test::SourceDir() / "tests/kicad/data/bad_schematics.json"));
+  ASSERT_GT(cases.size(), 10u);
+  for (const nlohmann::json& c : cases) {
     std::map<std::string, std::string> others;
-    std::string says;
-  };
-  const Case cases[] = {
-      {"EESchema Schematic File Version 4\nLIBS:x\n",
-       {},
-       "d/t.kicad_sch:1:1: a schematic of KiCad 5 or older"},
-      {"(kicad_pcb (version 20211014))", {}, "d/t.kicad_sch:1:1: not a KiCad schematic"},
-      {"(kicad_sch (version 20171130))", {}, "d/t.kicad_sch:1:21: file version 20171130 is older"},
-      {"(kicad_sch (version 20211014)\n  (wire (pts (xy 1 2) (xy 3",
-       {},
-       "d/t.kicad_sch:2:28: the file ends inside the list (xy ...) opened at 2:23"},
-      {"(kicad_sch (version 20211014)\n  (junction (at 1 x)))",
-       {},
-       "d/t.kicad_sch:2:19: expected a y coordinate, got \"x\""},
-      {"(kicad_sch (version 20211014)\n  (wire (pts (xy 1 2))))",
-       {},
-       "d/t.kicad_sch:2:3: a wire or bus needs two points"},
-      {"(kicad_sch (version 20211014) (junction (at 1e9 0)))",
-       {},
-       "d/t.kicad_sch:1:45: an x coordinate \"1e9\" is beyond a kilometre"},
-      {WithSheet("missing.kicad_sch"),
-       {},
-       "d/t.kicad_sch:3:42: cannot read the sheet file \"missing.kicad_sch\": "},
-      {WithSheet("t.kicad_sch"), {}, "contains itself (t.kicad_sch -> t.kicad_sch)"},
-      {WithSheet("a.kicad_sch"),
-       {{"d/a.kicad_sch", WithSheet("b.kicad_sch")}, {"d/b.kicad_sch", WithSheet("a.kicad_sch")}},
-       "d/b.kicad_sch:3:42: the sheet file \"a.kicad_sch\" contains itself (t.kicad_sch -> "
-       "a.kicad_sch -> b.kicad_sch -> a.kicad_sch)"},
-      {WithSheet("sub.kicad_sch"),
-       {{"d/sub.kicad_sch", "(kicad_sch (version 20211014)\n(wire"}},
-       "d/sub.kicad_sch:2:6: the file ends inside the list (wire ...) opened at 2:1"},
-      // Control characters in names are written out, so that a NUL cannot cut the message.
-      {WithSheet(std::string("s\tu\0b", 5)),
-       {{std::string("d/s\tu\0b", 7), "  "}},
-       "d/s\\x09u\\x00b:1:1: the file is empty"},
-  };
-  for (const Case& c : cases) {
-    EXPECT_THAT(RefusalOf(c.text, c.others), HasSubstr(c.says)) << c.text;
+    const nlohmann::json files = c.value("files", nlohmann::json::object());
+    for (const auto& [path, file] : files.items()) {
+      others[path] = CaseText(file);
+    }
+    EXPECT_THAT(RefusalOf(CaseText(c), others), HasSubstr(c["says"].get<std::string>()))
+        << c["what"].get<std::string>();
   }
 }
 
 TEST(KiCadReader, ReadsNoDevicesFromDisk) {
-  try {
-    ReadKiCadSchematic(WithSheet("/dev/zero"), "d/t.kicad_sch", DiskFiles());
-    ADD_FAILURE() << "a device was read as a sheet";
-  } catch (const KiCadError& error) {
-    EXPECT_THAT(error.what(), HasSubstr("cannot read /dev/zero: it is a device"));
-  }
+  EXPECT_THAT(test::ThrownMessage<KiCadError>(
+                  [] { ReadKiCadSchematic(WithSheet("/dev/zero"), "d/t.kicad_sch", DiskFiles()); }),
+              HasSubstr("cannot read /dev/zero: it is a device"));
 }
 
 TEST(KiCadReader, ReadsNewerVersionsWithOneWarningAndFindsSheetsBesideTheRoot) {

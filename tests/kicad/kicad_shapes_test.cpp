@@ -88,32 +88,18 @@ TEST(ShapePrimitives, KindsWidthsAndLibraryAxes) {
     LineWidthT units;
     int32_t top;  // library y upward, page y downward
   };
+  using enum Shape::Kind;
+  // clang-format off
   const Case cases[] = {
-      {Shape::Kind::kPolyline, {{0, 0}, {2.54, 0}}, false, 0, dbo_type::kLine, 0, 0},
-      {Shape::Kind::kPolyline,
-       {{0, 0}, {2.54, 0}, {2.54, 2.54}},
-       false,
-       0.254,
-       dbo_type::kPolyline,
-       0,
+      {kPolyline, {{0, 0}, {2.54, 0}}, false, 0, dbo_type::kLine, 0, 0},
+      {kPolyline, {{0, 0}, {2.54, 0}, {2.54, 2.54}}, false, 0.254, dbo_type::kPolyline, 0, -10},
+      {kPolyline, {{0, 0}, {2.54, 0}, {2.54, 2.54}, {0, 0}}, true, 0.381, dbo_type::kPolygon, 1,
        -10},
-      {Shape::Kind::kPolyline,
-       {{0, 0}, {2.54, 0}, {2.54, 2.54}, {0, 0}},
-       true,
-       0.381,
-       dbo_type::kPolygon,
-       1,
-       -10},
-      {Shape::Kind::kRectangle, {{2.54, 2.54}, {0, 0}}, false, 1.016, dbo_type::kBox, 2, -10},
+      {kRectangle, {{2.54, 2.54}, {0, 0}}, false, 1.016, dbo_type::kBox, 2, -10},
       // The curve rises to 0.75 mm, three quarters of its control points' height.
-      {Shape::Kind::kBezier,
-       {{0, 0}, {1, 1}, {2, 1}, {3, 0}},
-       false,
-       0,
-       dbo_type::kPolyline,
-       0,
-       -3},
+      {kBezier, {{0, 0}, {1, 1}, {2, 1}, {3, 0}}, false, 0, dbo_type::kPolyline, 0, -3},
   };
+  // clang-format on
   for (const Case& c : cases) {
     Shape shape;
     shape.kind = c.kind;
@@ -166,50 +152,24 @@ TEST(LabelShapes, OutlinesPointWhereKiCadPointsThem) {
   EXPECT_EQ(SpinOf(540), Spin::kLeft);
 }
 
-std::string Base64(const std::string& bytes) {
-  static const char kAlphabet[] =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string out;
-  for (std::size_t i = 0; i < bytes.size(); i += 3) {
-    const auto at = [&](std::size_t k) {
-      return k < bytes.size() ? static_cast<unsigned char>(bytes[k]) : 0u;
-    };
-    const uint32_t group = at(i) << 16 | at(i + 1) << 8 | at(i + 2);
-    out += kAlphabet[group >> 18];
-    out += kAlphabet[(group >> 12) & 63];
-    out += i + 1 < bytes.size() ? kAlphabet[(group >> 6) & 63] : '=';
-    out += i + 2 < bytes.size() ? kAlphabet[group & 63] : '=';
-  }
-  return out;
-}
-
-std::string BigEndian(uint32_t value, int bytes) {
-  std::string out;
-  for (int i = bytes - 1; i >= 0; --i) {
-    out += static_cast<char>((value >> (8 * i)) & 0xFF);
-  }
-  return out;
-}
+// In base64, as a schematic embeds them: a PNG of 600 x 300 pixels with no resolution, the same
+// with 23622 pixels a metre, and a JPEG of 150 x 75 pixels at 150 an inch.
+constexpr char kPng[] = "iVBORw0KGgoAAAANSUhEUgAAAlgAAAEsAAAAAABjcmMh";
+constexpr char kPngAt600[] =
+    "iVBORw0KGgoAAAANSUhEUgAAAlgAAAEsAAAAAABjcmMhAAAACXBIWXMAAFxGAABcRgFjcmMh";
+constexpr char kJpeg[] = "/9j/4AAQSkZJRgABAQEAlgCWAAD/wAARCABLAJY=";
 
 TEST(ImageSize, ReadsPixelsAndResolution) {
-  const std::string png = std::string("\x89PNG\r\n\x1a\n", 8) + BigEndian(13, 4) + "IHDR" +
-                          BigEndian(600, 4) + BigEndian(300, 4) + std::string(5, '\0') + "crc!";
-  const std::string pHYs = BigEndian(9, 4) + "pHYs" + BigEndian(23622, 4) + BigEndian(23622, 4) +
-                           std::string(1, '\1') + "crc!";
-  const std::string jpeg = std::string("\xFF\xD8\xFF\xE0", 4) + BigEndian(16, 2) + "JFIF" +
-                           std::string("\0\1\1\1", 4) + BigEndian(150, 2) + BigEndian(150, 2) +
-                           std::string("\0\0\xFF\xC0", 4) + BigEndian(17, 2) + "\x08" +
-                           BigEndian(75, 2) + BigEndian(150, 2);
   struct Case {
     std::string data;
     double width;
     double height;
   };
   const Case cases[] = {
-      {Base64(png), 50.8, 25.4},                       // 300 pixels an inch, as KiCad takes it
-      {Base64(png + pHYs), 25.4, 12.7},                // 600 an inch, as the image says
-      {"  " + Base64(png + pHYs) + "\n", 25.4, 12.7},  // blanks in the data
-      {Base64(jpeg), 25.4, 12.7},                      // 150 an inch
+      {kPng, 50.8, 25.4},                                  // 300 pixels an inch, as KiCad takes it
+      {kPngAt600, 25.4, 12.7},                             // 600 an inch, as the image says
+      {"  " + std::string(kPngAt600) + "\n", 25.4, 12.7},  // blanks in the data
+      {kJpeg, 25.4, 12.7},
   };
   for (const Case& c : cases) {
     const std::optional<ImageSize> size = ImageSizeOf(c.data);
@@ -217,7 +177,7 @@ TEST(ImageSize, ReadsPixelsAndResolution) {
     EXPECT_NEAR(size->widthMillimetres, c.width, 1e-3);  // 23622 per metre is 599.9988 an inch
     EXPECT_NEAR(size->heightMillimetres, c.height, 1e-3);
   }
-  EXPECT_FALSE(ImageSizeOf(Base64("GIF89a and more")));
+  EXPECT_FALSE(ImageSizeOf("R0lGODlhIGFuZCBtb3Jl"));  // "GIF89a and more"
   EXPECT_FALSE(ImageSizeOf(""));
 }
 

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "kicad/sexpr.h"
+#include "support/thrown.h"
 
 namespace kalmor::kicad::detail {
 namespace {
@@ -47,15 +48,11 @@ TEST(Tokenizer, LineBreaksInsideStringsCount) {
 
 TEST(Unescape, KnowsKiCadsEscapes) {
   const std::pair<const char*, const char*> cases[] = {
-      {R"(plain)", "plain"},
-      {R"(a\"b)", "a\"b"},
-      {R"(back\\slash)", "back\\slash"},
-      {R"(two\nlines)", "two\nlines"},
-      {R"(tab\t.)", "tab\t."},
-      {R"(\x41\x4a!)", "AJ!"},
-      {R"(\101\60)", "A0"},
-      {R"(\q)", "q"},
-      {R"(\xZ)", "\\xZ"},
+      // clang-format off
+      {R"(plain)", "plain"}, {R"(a\"b)", "a\"b"}, {R"(back\\slash)", "back\\slash"},
+      {R"(two\nlines)", "two\nlines"}, {R"(tab\t.)", "tab\t."}, {R"(\x41\x4a!)", "AJ!"},
+      {R"(\101\60)", "A0"}, {R"(\q)", "q"}, {R"(\xZ)", "\\xZ"},
+      // clang-format on
   };
   for (const auto& [raw, value] : cases) {
     EXPECT_EQ(Unescape(raw), value) << raw;
@@ -99,14 +96,12 @@ TEST(SexprTree, RefusesMalformedTextSayingWhere) {
       {"(a |data\n", 1, 4, "|...| block is not closed"},
   };
   for (const Case& c : cases) {
-    try {
-      const SexprTree tree(c.text);
-      ADD_FAILURE() << "read: " << c.text;
-    } catch (const SyntaxFault& fault) {
-      EXPECT_EQ(fault.spot.line, c.line) << c.text;
-      EXPECT_EQ(fault.spot.column, c.column) << c.text;
-      EXPECT_NE(fault.message.find(c.says), std::string::npos) << fault.message;
-    }
+    const auto fault = test::Thrown<SyntaxFault>([&] { const SexprTree tree(c.text); });
+    ASSERT_TRUE(fault) << "read: " << c.text;
+    EXPECT_EQ(std::make_pair(fault->spot.line, fault->spot.column),
+              std::make_pair(c.line, c.column))
+        << c.text;
+    EXPECT_NE(fault->message.find(c.says), std::string::npos) << fault->message;
   }
 }
 

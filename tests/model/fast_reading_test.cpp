@@ -14,33 +14,24 @@
 #include "support/page_fixture.h"
 #include "support/paths.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 namespace {
 
-// Everything a design shows: its schematics and pages with their object counts, and every page
-// as a design export writes it.
+// Everything a design shows: its name, and every page with its schematic's and its own name as a
+// design export writes it.
 std::string Shown(std::unique_ptr<model::detail::DesignData> data) {
   const model::Design design(std::move(data));
   std::string shown = design.name() + "\n";
-  for (const model::detail::Schematic& schematic : design.data().schematics) {
-    for (const model::detail::Page& page : schematic.pages) {
-      std::size_t pins = 0, junctions = 0, aliases = 0;
-      for (const model::detail::PartInst& part : page.parts) {
-        pins += part.pins.size();
-      }
-      for (const model::detail::Wire& wire : page.wires) {
-        junctions += wire.junctions.size();
-        aliases += wire.aliases.size();
-      }
-      shown += schematic.name.str() + "/" + page.name.str() + ": " +
-               std::to_string(page.parts.size()) + " " + std::to_string(pins) + " " +
-               std::to_string(page.wires.size()) + " " + std::to_string(junctions) + " " +
-               std::to_string(aliases) + " " + std::to_string(page.graphics.size()) + "\n";
-    }
-  }
-  for (const std::string& page : ExportPagesInMemory(design)) {
-    shown += page;
-  }
+  const std::vector<std::string> pages = ExportPagesInMemory(design);
+  DboState state;
+  std::size_t index = 0;
+  VisitDesignPages(
+      design, state,
+      [&](const DboPage& page, const DboInstOccurrence*, const std::string& schematic) {
+        std::string name;
+        page.GetName(name, state);
+        shown += schematic + "/" + name + "\n" + pages.at(index++);
+      });
   return shown;
 }
 
@@ -141,4 +132,4 @@ TEST(FastReading, LeavesWhatItCannotReadExactly) {
 }
 
 }  // namespace
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

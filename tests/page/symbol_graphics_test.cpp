@@ -5,15 +5,15 @@
 #include <vector>
 
 #include "dxf/byte_sink.h"
-#include "page/entity_lines.h"
 #include "page/symbol_graphics.h"
+#include "support/entity_lines.h"
+#include "support/fixed_metrics.h"
 #include "support/page_fixture.h"
-#include "text/font_metrics.h"
 
 namespace kalmor {
 namespace {
 
-using testing::EntityLines;
+using test::EntityLines;
 using Lines = std::vector<std::string>;
 
 // Renders each vector of one symbol (held by the page's only global) into the box
@@ -22,9 +22,9 @@ class SymbolGraphics : public ::testing::Test {
  protected:
   Lines Render(std::string_view vector, RotationT rotation = 0, int32_t mirror = 0,
                double symbolScale = 1.0) {
-    testing::PageFixture fixture(
-        testing::OnePageDesign(R"("globals": [{"symbol": {"bbox": [0, 0, 10, 10], "vectors": [)" +
-                               std::string(vector) + "]}}]"));
+    test::PageFixture fixture(
+        test::OnePageDesign(R"("globals": [{"symbol": {"bbox": [0, 0, 10, 10], "vectors": [)" +
+                            std::string(vector) + "]}}]"));
     DboState state;
     const auto globals = fixture.context().page.NewGlobalsIter(state);
     const DboGlobal* global = globals->NextGlobal(state);
@@ -118,20 +118,10 @@ TEST_F(SymbolGraphics, SymbolScaleTruncatesCoordinatesAndWidthTowardZero) {
              Vertex("10=1.0700 20=1.9900"), kEnd}));
 }
 
-// Lines 12 high with a descent of 2, characters 5 wide, whatever the font.
-class FixedMetrics final : public FontMetricsSource {
- public:
-  bool GetTextMetrics(const LogFont&, TextMetrics& metrics) override {
-    metrics = {12, 2, 5};
-    return true;
-  }
-  TextExtent GetTextExtent(const LogFont&, std::string_view line) override {
-    return {static_cast<int32_t>(5 * line.size()), 12};
-  }
-};
-
 TEST_F(SymbolGraphics, CommentTextGoesToPartTextLaidOutInItsMeasuredBox) {
-  FixedMetrics metrics;
+  test::FixedMetrics metrics;  // lines 12 high with a descent of 2, characters 5 wide
+  metrics.metrics.descent = 2;
+  metrics.charWidth = 5;
   const ScopedFontMetrics installed(metrics);
   // Two lines measure 22 high (24 less the descent): the second line sits 0.11 lower.
   EXPECT_EQ(Render(R"({"type": "text", "rect": [10, 20, 60, 60], "text": "A\rB"})"),

@@ -2,33 +2,11 @@
 
 #include <stdexcept>
 
-#include "model/design_data.h"
 #include "model/design_reader.h"
 #include "page/page_walk.h"
+#include "support/paths.h"
 
-namespace kalmor::testing {
-
-std::string DocumentError(const std::string& json, std::string_view documentName,
-                          std::string_view whenAccepted) {
-  try {
-    model::ReadDesignDocument(json, documentName);
-  } catch (const model::DesignDocumentError& error) {
-    return error.what();
-  }
-  return std::string(whenAccepted);
-}
-
-std::string Crlf(std::string_view text) {
-  std::string out;
-  out.reserve(text.size() + text.size() / 8);
-  for (char c : text) {
-    if (c == '\n') {
-      out += '\r';
-    }
-    out += c;
-  }
-  return out;
-}
+namespace kalmor::test {
 
 std::string OnePageDesign(std::string_view pageMembers, std::string_view symbols) {
   std::string page = R"({"name": "P")";
@@ -41,24 +19,32 @@ std::string OnePageDesign(std::string_view pageMembers, std::string_view symbols
          R"(, "schematics": [{"name": "S", "pages": [)" + page + "]}]}";
 }
 
+std::string PagesDocument(const std::vector<std::vector<std::string>>& schematics,
+                          std::string_view pageMembers, std::string_view name) {
+  const std::string members = pageMembers.empty() ? "" : ", " + std::string(pageMembers);
+  std::string json =
+      R"({"kalmor_design": 1, "name": ")" + std::string(name) + R"(", "schematics": [)";
+  for (const std::vector<std::string>& schematic : schematics) {
+    json += (json.back() == '[' ? R"({"name": ")" : R"(, {"name": ")") + schematic.at(0) +
+            R"(", "pages": [)";
+    for (std::size_t p = 1; p < schematic.size(); ++p) {
+      json += (p == 1 ? R"({"name": ")" : R"(, {"name": ")") + schematic[p] + '"' + members + "}";
+    }
+    json += "]}";
+  }
+  return json + "]}";
+}
+
+std::string HierarchyDocument() {
+  return ReadFileBytes(SourceDir() / "tests/support/data/hierarchy.json");
+}
+
 PageFixture::PageFixture(std::string_view designJson, std::string_view schematic,
                          std::string_view page)
     : design_(model::ReadDesignDocument(designJson, "test.json")) {
-  const auto& schematics = design_->data().schematics;
-  std::string schematicName(schematic);
-  if (schematicName.empty() && !schematics.empty()) {
-    schematicName = schematics.front().name.str();
-  }
-  std::string pageName(page);
-  for (const model::detail::Schematic& own : schematics) {
-    if (own.name == schematicName && pageName.empty() && !own.pages.empty()) {
-      pageName = own.pages.front().name.str();
-    }
-  }
-  page_ = design_->FindPage(schematicName, pageName);
+  page_ = design_->FindPage(schematic, page);
   if (page_ == nullptr) {
-    throw std::invalid_argument("the design has no page " + pageName + " in schematic " +
-                                schematicName);
+    throw std::invalid_argument("no page " + std::string(page) + " in " + std::string(schematic));
   }
   context_.emplace(OpenPageContext(sink_, state_, *page_, nullptr));
   context_->pinToPinScaleFactor = page_->GetPinToPinScaleFactor(state_);
@@ -77,4 +63,4 @@ void PageFixture::SetOccurrence(std::string_view path) {
   context_->occurrence = occurrence;
 }
 
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

@@ -7,21 +7,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "dxf/byte_sink.h"
 #include "kalmor/dbo.h"
 #include "model/design.h"
 #include "page/page_context.h"
 
-namespace kalmor::testing {
-
-// The message of the error that reading `json` as the document `documentName` raises, or
-// `whenAccepted` when it reads.
-std::string DocumentError(const std::string& json, std::string_view documentName,
-                          std::string_view whenAccepted);
-
-// Expected DXF text written with "\n" line ends, turned into the file's CR LF.
-std::string Crlf(std::string_view text);
+namespace kalmor::test {
 
 // A whole design document with one schematic "S" holding one page "P" whose members are
 // `pageMembers` (JSON object members without the braces, e.g. R"("wires": [ ... ])"), and the
@@ -29,14 +22,25 @@ std::string Crlf(std::string_view text);
 // members set them.
 std::string OnePageDesign(std::string_view pageMembers, std::string_view symbols = "{}");
 
+// A design named `name` whose schematics are given as their name followed by their pages' names
+// (JSON-escaped), every page holding `pageMembers`.
+std::string PagesDocument(const std::vector<std::vector<std::string>>& schematics,
+                          std::string_view pageMembers = "", std::string_view name = "B");
+
+// The design of the tests of a hierarchy (tests/support/data/hierarchy.json): ROOT places U1 and
+// BLK1 on R1 and BLK2 on R2, both blocks showing SUB; SUB's S1 holds U3, a wire, a title block and
+// a port whose texts differ for /BLK1, and S2 places BLK9 showing LEAF. OTHER is placed nowhere,
+// and Sub differs from SUB only in case.
+std::string HierarchyDocument();
+
 // A design read from a JSON document, one of its pages, and a page context over it computed
 // exactly as the page walk does (OpenPageContext, plus the page's pin-to-pin scale factor),
 // writing into memory.
 class PageFixture {
  public:
-  // An empty name picks the first schematic, or the schematic's first page.
-  explicit PageFixture(std::string_view designJson, std::string_view schematic = "",
-                       std::string_view page = "");
+  // The page names default to those of OnePageDesign.
+  explicit PageFixture(std::string_view designJson, std::string_view schematic = "S",
+                       std::string_view page = "P");
   ~PageFixture();
   PageFixture(const PageFixture&) = delete;
   PageFixture& operator=(const PageFixture&) = delete;
@@ -57,4 +61,4 @@ class PageFixture {
   std::optional<PageContext> context_;
 };
 
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

@@ -1,11 +1,12 @@
 #include "support/paths.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 
-namespace kalmor::testing {
+namespace kalmor::test {
 
 std::filesystem::path SourceDir() {
   if (const char* env = std::getenv("KALMOR_SOURCE_DIR"); env != nullptr && *env != '\0') {
@@ -35,4 +36,13 @@ std::string ReadFileBytes(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-}  // namespace kalmor::testing
+std::vector<std::string> FileNames(const std::filesystem::path& directory) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+    names.push_back(entry.path().filename().string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+}  // namespace kalmor::test

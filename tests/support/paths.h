@@ -2,8 +2,9 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
-namespace kalmor::testing {
+namespace kalmor::test {
 
 // The checkout's root, where examples/ and tests/ data live.
 std::filesystem::path SourceDir();
@@ -26,4 +27,7 @@ class TempDir {
 // The whole content of a file, as bytes.
 std::string ReadFileBytes(const std::filesystem::path& path);
 
-}  // namespace kalmor::testing
+// The names of the entries of a directory, sorted.
+std::vector<std::string> FileNames(const std::filesystem::path& directory);
+
+}  // namespace kalmor::test

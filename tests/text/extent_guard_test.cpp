@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "fixed_metrics.h"
 #include "kalmor/user_interface.h"
+#include "support/fixed_metrics.h"
 #include "text/vel_text.h"
 
 namespace kalmor {
@@ -35,7 +35,7 @@ CRect Measure(const std::string& text) {
 }
 
 TEST(TextExtentGuard, ImpossibleExtentsBecomeThreeByThreeAndAreReportedOnce) {
-  testing::FixedMetrics fixed;
+  test::FixedMetrics fixed;
   fixed.extents = {{"wide", {32768, 12}},
                    {"tall", {7, -32768}},
                    {"edge", {32767, 32767}},

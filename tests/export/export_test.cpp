@@ -1,3 +1,5 @@
+// The export entry points, the walk of a design's pages and the names of the files they write.
+
 #include "kalmor/export.h"
 
 #include <gmock/gmock.h>
@@ -9,15 +11,20 @@
 #include <vector>
 
 #include "dxf/output_file.h"
+#include "export/output_names.h"
+#include "export/vel_edit_path.h"
 #include "model/design.h"
 #include "model/design_reader.h"
+#include "support/page_fixture.h"
 #include "support/paths.h"
+#include "support/recording_ui.h"
+#include "support/thrown.h"
 
 namespace kalmor {
 namespace {
 
 namespace fs = std::filesystem;
-using ::kalmor::testing::ReadFileBytes;
+using ::kalmor::test::ReadFileBytes;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -27,89 +34,27 @@ constexpr char kEmptyPageFile[] =
     " 0\r\nSECTION\r\n 2\r\nENTITIES\r\n"
     " 0\r\nENDSEC\r\n 0\r\nEOF\r\n";
 
-// ROOT places a part and SUB twice; OTHER is reached by no one; Sub differs from SUB in case.
-constexpr char kHierarchy[] = R"({ "kalmor_design": 1, "name": "BOARD", "root": "ROOT",
-  "symbols": { "BOX": { "bbox": [0, 0, 10, 10] } },
-  "schematics": [
-    { "name": "OTHER", "pages": [ { "name": "O1" } ] },
-    { "name": "ROOT", "pages": [ { "name": "P1", "parts": [
-      { "id": "U1", "symbol": "BOX" },
-      { "id": "BLK1", "kind": "block", "schematic": "SUB", "symbol": "BOX" },
-      { "id": "BLK2", "kind": "block", "schematic": "SUB", "symbol": "BOX" } ] } ] },
-    { "name": "SUB", "pages": [ { "name": "S1" }, { "name": "S2" } ] },
-    { "name": "Sub", "pages": [ { "name": "S1" } ] } ] })";
-
 // One schematic S whose pages, named as given, hold nothing and hide their border.
-std::unique_ptr<model::Design> EmptyPages(const std::vector<std::string>& names) {
-  std::string pages;
-  for (const std::string& name : names) {
-    pages += (pages.empty() ? "" : ",") + std::string(R"({ "name": ")") + name +
-             R"(", "border": { "visible": false } })";
-  }
+std::unique_ptr<model::Design> EmptyPages(std::vector<std::string> names) {
+  names.insert(names.begin(), "S");
   return model::ReadDesignDocument(
-      R"({ "kalmor_design": 1, "name": "BOARD", "schematics": [ { "name": "S", "pages": [)" +
-          pages + "] } ] }",
-      "empty.json");
+      test::PagesDocument({names}, R"("border": {"visible": false})", "BOARD"), "empty.json");
 }
-
-class RecordingUserInterface final : public UserInterface {
- public:
-  struct Message {
-    std::string caption;
-    std::string text;
-    unsigned style;
-    std::string watchedBytes;  // the watched file while the message was up
-    bool watchedHeld;          // whether a second writer was refused it then
-  };
-
-  void MessageBox(std::string_view caption, std::string_view text, unsigned style) override {
-    Message message{std::string(caption), std::string(text), style, {}, false};
-    if (!watched.empty()) {
-      message.watchedBytes = ReadFileBytes(watched);
-      try {
-        OutputFile second(watched.string());
-      } catch (const FileError&) {
-        message.watchedHeld = true;
-      }
-    }
-    messages.push_back(message);
-  }
-  std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings& settings) override {
-    dialogs.push_back(settings);
-    return answer;
-  }
-  bool AppendToSessionLog(std::string_view) override { return false; }
-  bool WantsExportProgress() const override { return true; }
-  void ShowExportProgress(const ExportProgress& shown) override { progress.push_back(shown); }
-
-  std::vector<Message> messages;
-  std::vector<SaveFileDialogSettings> dialogs;
-  std::optional<std::string> answer;
-  fs::path watched;
-  std::vector<ExportProgress> progress;
-};
 
 class DxfExportTest : public ::testing::Test {
  protected:
   void TearDown() override { g_inDesignExport = 0; }
 
-  std::vector<std::string> Files() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(temp.path())) {
-      names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-  }
+  std::vector<std::string> Files() const { return test::FileNames(temp.path()); }
   std::string In(const std::string& name) const { return (temp / name).string(); }
 
-  testing::TempDir temp;
-  RecordingUserInterface ui;
+  test::TempDir temp;
+  test::RecordingUserInterface ui;
   ScopedUserInterface scoped{ui};
 };
 
 TEST(DesignWalkTest, HierarchyFirstThenTheOtherViewsEachNameOnce) {
-  const auto design = model::ReadDesignDocument(kHierarchy, "hierarchy.json");
+  const auto design = model::ReadDesignDocument(test::HierarchyDocument(), "hierarchy.json");
   std::vector<std::string> visits;
   DboState state;
   VisitDesignPages(
@@ -120,8 +65,9 @@ TEST(DesignWalkTest, HierarchyFirstThenTheOtherViewsEachNameOnce) {
         const auto id = occurrence ? occurrence->GetDesignOccurrenceId() : 0;
         visits.push_back(schematic + "/" + name + "@" + std::to_string(id));
       });
-  // U1 is occurrence 1 (a leaf), BLK1 2 and BLK2 3.
-  EXPECT_THAT(visits, ElementsAre("SUB/S1@2", "SUB/S2@2", "OTHER/O1@0", "ROOT/P1@0", "Sub/S1@0"));
+  // BLK1 is occurrence 2, BLK1/BLK9 occurrence 4.
+  EXPECT_THAT(visits, ElementsAre("SUB/S1@2", "SUB/S2@2", "LEAF/L1@4", "OTHER/O1@0", "ROOT/R1@0",
+                                  "ROOT/R2@0", "Sub/S1@0"));
 }
 
 // A host that answers with no iterators at all: nothing to visit, and no crash.
@@ -170,6 +116,9 @@ TEST_F(DxfExportTest, DesignWritesEveryPageAnnouncedAndReportsOnce) {
     EXPECT_EQ(ReadFileBytes(temp / name), kEmptyPageFile) << name;
   }
   ASSERT_EQ(ui.messages.size(), 2u);
+  // Every page file is whole and held until the completion message has been shown.
+  EXPECT_EQ(ui.messages[0].bytes, std::vector<std::string>(2, kEmptyPageFile));
+  EXPECT_EQ(ui.messages[0].held, 2);
   EXPECT_EQ(ui.messages[0].text,
             "BOARD has been output to " + In("board") + "_<SchematicName>_<PageName>.dxf");
   ASSERT_EQ(ui.progress.size(), 4u);
@@ -181,12 +130,10 @@ TEST_F(DxfExportTest, DesignWritesEveryPageAnnouncedAndReportsOnce) {
 
 TEST_F(DxfExportTest, MissingDirectoryEndsTheExportAndLeavesTheFlagSet) {
   const auto design = EmptyPages({"P1", "P2"});
-  try {
-    DesignToDXF(design.get(), In("missing/board.dxf"), 0, 1, 1);
-    FAIL() << "expected a FileError";
-  } catch (const FileError& error) {
-    EXPECT_EQ(error.path(), In("missing/board_S_P1.dxf"));
-  }
+  const auto error =
+      test::Thrown<FileError>([&] { DesignToDXF(design.get(), In("missing/board.dxf"), 0, 1, 1); });
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->path(), In("missing/board_S_P1.dxf"));
   EXPECT_THAT(ui.messages, IsEmpty());
   EXPECT_EQ(g_inDesignExport, 1);
 
@@ -217,7 +164,7 @@ TEST_F(DxfExportTest, EmptyNameAsksTheUser) {
 TEST_F(DxfExportTest, NamedFileIsReplacedAndReportedWhileHeldComplete) {
   const auto design = EmptyPages({"PAGE1"});
   std::ofstream(temp / "board.dxf") << std::string(4096, 'x');
-  ui.watched = temp / "board.dxf";
+  ui.watched = In("board.dxf");
 
   PageToDXF(design->FindPage("S", "PAGE1"), nullptr, In("board.dxf"), 0, 1, 1);
 
@@ -225,8 +172,8 @@ TEST_F(DxfExportTest, NamedFileIsReplacedAndReportedWhileHeldComplete) {
   ASSERT_EQ(ui.messages.size(), 1u);
   EXPECT_EQ(ui.messages[0].caption, "KALMOR V1.15 COMPLETE");
   EXPECT_EQ(ui.messages[0].text, "PAGE1  output to  " + In("board.dxf"));
-  EXPECT_EQ(ui.messages[0].watchedBytes, kEmptyPageFile);
-  EXPECT_TRUE(ui.messages[0].watchedHeld);
+  EXPECT_EQ(ui.messages[0].bytes, std::vector<std::string>{kEmptyPageFile});
+  EXPECT_EQ(ui.messages[0].held, 1);
   EXPECT_EQ(ReadFileBytes(In("board.dxf")), kEmptyPageFile);
 }
 
@@ -237,6 +184,46 @@ TEST_F(DxfExportTest, NullPageAndNulInTheNameAreRefused) {
       PageToDXF(design->FindPage("S", "P"), nullptr, In("x") + std::string("\0.dxf", 5), 0, 1, 1),
       FileError);
   EXPECT_THAT(Files(), IsEmpty());
+}
+
+// Paths are taken apart by Windows rules on every platform: `\` and `/` end a directory, and the
+// extension is what follows the last dot of the final component.
+TEST(OutputNamesTest, StemDropsOnlyAFinalDxfExtension) {
+  const struct {
+    const char* path;
+    const char* extension;
+    const char* stem;
+  } cases[] = {
+      {"C:\\work\\board.dxf", ".dxf", "C:\\work\\board"},
+      {"C:/work/sub/board.DXF", ".DXF", "C:/work/sub/board"},
+      {"board.Dxf", ".Dxf", "board"},
+      {"C:\\work\\board", "", "C:\\work\\board"},
+      {"C:\\work\\board.txt", ".txt", "C:\\work\\board.txt"},
+      {"C:\\work.dxf\\board", "", "C:\\work.dxf\\board"},
+      {"out.dxf/board", "", "out.dxf/board"},
+      {"board.dxf.bak", ".bak", "board.dxf.bak"},
+      {".dxf", ".dxf", ""},
+      {"out/", "", "out/"},
+      {"", "", ""},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(CVelEditPath(c.path).GetExtension(), c.extension) << c.path;
+    EXPECT_EQ(MakeOutputStem(c.path), c.stem) << c.path;
+  }
+  // A component longer than its buffer is cut, as the platform's path functions cut it.
+  const CVelEditPath path(("C:\\d\\" + std::string(300, 't') + ".ext").c_str());
+  EXPECT_EQ(path.GetFileTitle(), std::string(255, 't'));
+  EXPECT_EQ(path.GetExtension(), ".ext");
+}
+
+TEST(OutputNamesTest, PageFileNamesTakeNamesAsGiven) {
+  const auto design = model::ReadDesignDocument(
+      R"({"kalmor_design": 1, "name": "B", "schematics": [
+            {"name": "FINE", "pages": [{"name": "Page 1.a"}]}]})",
+      "names.json");
+  const DboPage& page = *design->FindPage("FINE", "Page 1.a");
+  EXPECT_EQ(MakePageFileName("C:\\work\\board", "FINE", page), "C:\\work\\board_FINE_Page 1.a.dxf");
+  EXPECT_EQ(MakePageFileName("", "S", page), "_S_Page 1.a.dxf");
 }
 
 }  // namespace

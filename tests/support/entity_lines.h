@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kalmor::testing {
+namespace kalmor::test {
 
 inline std::vector<std::string> EntityLines(std::string_view bytes) {
   std::vector<std::string> lines;
@@ -52,4 +52,4 @@ inline std::vector<std::string> EntityLines(std::string_view bytes) {
   return lines;
 }
 
-}  // namespace kalmor::testing
+}  // namespace kalmor::test

@@ -9,7 +9,7 @@
 
 #include "text/font_metrics.h"
 
-namespace kalmor::testing {
+namespace kalmor::test {
 
 class FixedMetrics final : public FontMetricsSource {
  public:
@@ -32,4 +32,4 @@ class FixedMetrics final : public FontMetricsSource {
   }
 };
 
-}  // namespace kalmor::testing
+}  // namespace kalmor::test
