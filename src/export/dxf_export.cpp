@@ -174,28 +174,23 @@ void DesignToDXF(const DboDesign* design, std::string path, int32_t /*unused*/, 
     return;
   }
   // Every font the design's pages need is loaded before the first file is opened, so that a
-  // missing one stops the export before it has written or changed anything.
+  // missing one stops the export before it has written or changed anything. The same walk
+  // counts the pages for the progress messages.
+  int pageCount = 0;
   {
     PageFonts fonts;
     DboState fontState;
     VisitDesignPages(*design, fontState,
                      [&](const DboPage& page, const DboInstOccurrence*, const std::string&) {
                        fonts.Prepare(page, titleBlocks);
+                       ++pageCount;
                      });
   }
   g_inDesignExport = 1;
   const std::string outputStem = MakeOutputStem(path);
   DboState state;
   UserInterface& ui = CurrentUserInterface();
-
   const bool announce = ui.WantsExportProgress();
-  int pageCount = 0;
-  if (announce) {
-    DboState countState;
-    VisitDesignPages(
-        *design, countState,
-        [&](const DboPage&, const DboInstOccurrence*, const std::string&) { ++pageCount; });
-  }
 
   // Each page is written as PageToDXF writes a named file, silently since the flag is set; its
   // file stays held until the message below.
