@@ -65,15 +65,18 @@ int RunExport(const ExportOptions& options) {
               << (unusableNames ? "; --raw-names takes the names as they are" : "") << std::endl;
     return kInvalidInput;
   }
+  std::vector<std::string> outputs;
+  outputs.reserve(pages.size() * ((options.svg || options.html) ? 2 : 1) + 1);
   for (const PlannedPage& page : pages) {
-    RefuseSameFile(page.file, loaded.identity(), options.design);
+    outputs.push_back(page.file);
     if (options.svg || options.html) {
-      RefuseSameFile(SvgPathFor(page.file), loaded.identity(), options.design);
+      outputs.push_back(SvgPathFor(page.file));
     }
   }
   if (options.html) {
-    RefuseSameFile(GalleryPathFor(stem), loaded.identity(), options.design);
+    outputs.push_back(GalleryPathFor(stem));
   }
+  RefuseSameFiles(outputs, loaded.identity(), options.design);
 
   ui.ShortenInMessages(NameOf(loaded.design()));
   const OutputTracking tracking;

@@ -1,6 +1,12 @@
 #include "cli/files.h"
 
+#include <dirent.h>
 #include <sys/stat.h>
+
+#include <cerrno>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "cli/commands.h"
 #include "cli/terminal_ui.h"
@@ -21,6 +27,67 @@ void RefuseSameFile(const std::string& output, const FileIdentity& input,
   if (IdentityOf(output) == input) {
     throw UsageError("the output " + Shortened(output, kLongestPathShown) + " is the input " +
                      Shortened(inputPath, kLongestPathShown) + "; nothing written");
+  }
+}
+
+namespace {
+
+struct NameHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view name) const {
+    return std::hash<std::string_view>{}(name);
+  }
+};
+
+// The names in `folder`, or nothing when it cannot be listed.
+std::optional<std::unordered_set<std::string, NameHash, std::equal_to<>>> NamesIn(
+    const std::string& folder) {
+  DIR* dir = ::opendir(folder.c_str());
+  if (dir == nullptr) {
+    return std::nullopt;
+  }
+  std::unordered_set<std::string, NameHash, std::equal_to<>> names;
+  errno = 0;
+  while (const dirent* entry = ::readdir(dir)) {
+    names.emplace(entry->d_name);
+  }
+  const bool complete = errno == 0;
+  ::closedir(dir);
+  if (!complete) {
+    return std::nullopt;
+  }
+  return names;
+}
+
+}  // namespace
+
+void RefuseSameFiles(const std::vector<std::string>& outputs, const FileIdentity& input,
+                     const std::string& inputPath) {
+  // A path reaches a file only through a name its folder holds, link or not; the outputs of one
+  // export share a folder or a few.
+  std::vector<bool> lookUp(outputs.size(), false);
+  std::unordered_map<std::string_view, std::vector<std::size_t>> byFolder;
+  for (std::size_t i = 0; i < outputs.size(); ++i) {
+    const std::string_view path = outputs[i];
+    const std::size_t slash = path.rfind('/');
+    if (path.find('\0') != std::string_view::npos || slash + 1 == path.size()) {
+      lookUp[i] = true;  // not a plain name in a folder: looked up as it is
+    } else {
+      byFolder[slash == std::string_view::npos ? "." : path.substr(0, slash + 1)].push_back(i);
+    }
+  }
+  for (const auto& [folder, indices] : byFolder) {
+    const auto names = NamesIn(std::string(folder));
+    for (const std::size_t i : indices) {
+      const std::string_view name =
+          std::string_view(outputs[i]).substr(folder == "." ? 0 : folder.size());
+      lookUp[i] = !names || names->contains(name);
+    }
+  }
+  for (std::size_t i = 0; i < outputs.size(); ++i) {
+    if (lookUp[i]) {
+      RefuseSameFile(outputs[i], input, inputPath);
+    }
   }
 }
 

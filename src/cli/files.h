@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "input/input_file.h"
 
@@ -17,6 +18,12 @@ std::optional<FileIdentity> IdentityOf(const std::string& path);
 // destroy what is being read.
 void RefuseSameFile(const std::string& output, const FileIdentity& input,
                     const std::string& inputPath);
+
+// As RefuseSameFile, for each of `outputs` in order. Only the names present in their folder are
+// looked up (one listing of each folder instead of a lookup of each name): a design of many
+// small pages would spend longer on the lookups than on writing.
+void RefuseSameFiles(const std::vector<std::string>& outputs, const FileIdentity& input,
+                     const std::string& inputPath);
 
 // Creates or replaces `path`; throws FileError when it cannot.
 void WriteWholeFile(const std::string& path, const std::string& bytes);

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "cli/commands.h"
+#include "cli/files.h"
 #include "cli/run_kalmor.h"
 #include "cli/unusable_names.h"
 #include "model/design.h"
@@ -240,6 +242,44 @@ TEST_F(KalmorCliTest, ProgressLineShowsOnATerminalOnly) {
   EXPECT_THAT(screen, HasSubstr("\r\x1b[KKALMOR V1.15 COMPLETE: "));  // cleared first
 
   EXPECT_EQ(RunKalmor({"export", design}).err, "");
+}
+
+// The outputs are looked up only where their folder holds their name: a link or a second name
+// of the input among them must still be found, and the first one in order named.
+TEST(RefuseSameFilesTest, FindsTheInputUnderAnyNameInAnyFolder) {
+  const TempDir temp;
+  const std::string input = (temp / "in.json").string();
+  std::ofstream(input) << "{}";
+  fs::create_directories(temp / "a");
+  fs::create_directories(temp / "b");
+  std::ofstream(temp / "a/other.dxf") << "other";
+  fs::create_hard_link(input, temp / "a/hard.dxf");
+  fs::create_symlink(input, temp / "b/link.dxf");
+  const FileIdentity identity = *cli::IdentityOf(input);
+  const auto at = [&](const std::string& name) { return (temp / name).string(); };
+
+  const struct {
+    std::vector<std::string> outputs;
+    std::string refused;  // empty when none is the input
+  } cases[] = {
+      {{at("a/new.dxf"), at("b/new.dxf"), at("a/other.dxf")}, ""},
+      {{at("a/new.dxf"), at("a/other.dxf"), at("a/hard.dxf")}, at("a/hard.dxf")},
+      {{at("a/new.dxf"), at("b/link.dxf"), at("a/hard.dxf")}, at("b/link.dxf")},
+      {{at("a/new.dxf"), at("a/../in.json")}, at("a/../in.json")},
+      {{at("missing/x.dxf"), input}, input},
+  };
+  for (const auto& c : cases) {
+    if (c.refused.empty()) {
+      EXPECT_NO_THROW(cli::RefuseSameFiles(c.outputs, identity, input));
+      continue;
+    }
+    try {
+      cli::RefuseSameFiles(c.outputs, identity, input);
+      ADD_FAILURE() << c.refused << " was not refused";
+    } catch (const cli::UsageError& error) {
+      EXPECT_THAT(error.what(), HasSubstr("the output " + c.refused + " is the input"));
+    }
+  }
 }
 
 // KiCad schematics given to the commands other than export, and what a bad or newer file does
