@@ -104,13 +104,13 @@ int RunCheck(const std::string& designPath) {
   }
 
   // Names that export would refuse are worth knowing before exporting.
-  for (const UnusableName& refusal : FindUnusableNames(design)) {
+  const std::vector<PlannedPage> pages = PlanPageFiles(design, DefaultStem(designPath));
+  for (const UnusableName& refusal : FindUnusableNames(pages)) {
     std::cout << Escaped("note: export refuses " + DescribeUnusableName(refusal) +
                          " (--raw-names takes it)")
               << "\n";
   }
-  for (const std::string& refusal :
-       FindFileNameRefusals(PlanPageFiles(design, DefaultStem(designPath)))) {
+  for (const std::string& refusal : FindFileNameRefusals(pages)) {
     std::cout << Escaped("note: export refuses " + refusal) << "\n";
   }
   std::cout << std::flush;

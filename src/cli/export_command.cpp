@@ -45,7 +45,7 @@ int RunExport(const ExportOptions& options) {
   // Refused all before anything is written, so that an export never stops half-way on them.
   std::vector<std::string> refusals;
   if (!options.rawNames) {
-    for (const UnusableName& unusable : FindUnusableNames(loaded.design())) {
+    for (const UnusableName& unusable : FindUnusableNames(pages)) {
       refusals.push_back(DescribeUnusableName(unusable));
     }
   }

@@ -1,8 +1,5 @@
 #include "cli/unusable_names.h"
 
-#include "host/dbo_reading.h"
-#include "kalmor/export.h"
-
 namespace kalmor::cli {
 
 std::optional<std::string> UnusableNameReason(std::string_view name) {
@@ -24,20 +21,16 @@ std::optional<std::string> UnusableNameReason(std::string_view name) {
   return std::nullopt;
 }
 
-std::vector<UnusableName> FindUnusableNames(const DboDesign& design) {
+std::vector<UnusableName> FindUnusableNames(const std::vector<PlannedPage>& pages) {
   std::vector<UnusableName> unusable;
-  DboState state;
-  VisitDesignPages(
-      design, state,
-      [&](const DboPage& page, const DboInstOccurrence*, const std::string& schematic) {
-        const std::string pageName = NameOf(page);
-        if (const auto reason = UnusableNameReason(schematic)) {
-          unusable.push_back({schematic, pageName, "the schematic name " + *reason});
-        }
-        if (const auto reason = UnusableNameReason(pageName)) {
-          unusable.push_back({schematic, pageName, "the page name " + *reason});
-        }
-      });
+  for (const PlannedPage& page : pages) {
+    if (const auto reason = UnusableNameReason(page.schematicName)) {
+      unusable.push_back({page.schematicName, page.pageName, "the schematic name " + *reason});
+    }
+    if (const auto reason = UnusableNameReason(page.pageName)) {
+      unusable.push_back({page.schematicName, page.pageName, "the page name " + *reason});
+    }
+  }
   return unusable;
 }
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "kalmor/dbo.h"
+#include "cli/export_plan.h"
 
 namespace kalmor::cli {
 
@@ -23,8 +23,8 @@ struct UnusableName {
   std::string reason;  // which of the two names, and why: "the page name is empty"
 };
 
-// Every page a design export would write whose schematic or page name is unusable, in export
-// order.
-std::vector<UnusableName> FindUnusableNames(const DboDesign& design);
+// Every page of `pages` (a design export's, in its order) whose schematic or page name is
+// unusable.
+std::vector<UnusableName> FindUnusableNames(const std::vector<PlannedPage>& pages);
 
 }  // namespace kalmor::cli

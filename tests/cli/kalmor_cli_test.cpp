@@ -363,7 +363,7 @@ constexpr char kNames[] = R"({ "kalmor_design": 1, "name": "B", "schematics": [
 
 TEST(UnusableNamesTest, FoundInExportOrderWithTheirReasons) {
   const auto design = model::ReadDesignDocument(kNames, "names.json");
-  const std::vector<UnusableName> found = FindUnusableNames(*design);
+  const std::vector<UnusableName> found = FindUnusableNames(cli::PlanPageFiles(*design, "b"));
   ASSERT_EQ(found.size(), 3u);
   EXPECT_EQ(found[0].schematicName, "A/B");
   EXPECT_EQ(found[0].reason, "the schematic name holds a '/'");
