@@ -1,10 +1,12 @@
 #include "input/input_file.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -12,6 +14,19 @@
 
 namespace kalmor {
 namespace {
+
+// Asks for huge pages under the text being read, when it is large: the system then faults it in
+// a fault per 2 MB instead of one per 4 KB. A hint only; without it, ordinary pages.
+void PreferHugePages(char* begin, std::size_t size) {
+#ifdef MADV_HUGEPAGE
+  constexpr std::uintptr_t kHugePage = 2 << 20;
+  const auto first = (reinterpret_cast<std::uintptr_t>(begin) + kHugePage - 1) & ~(kHugePage - 1);
+  const auto last = (reinterpret_cast<std::uintptr_t>(begin) + size) & ~(kHugePage - 1);
+  if (first < last) {
+    ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+  }
+#endif
+}
 
 std::string KindOf(mode_t mode) {
   if (S_ISDIR(mode)) {
@@ -88,6 +103,7 @@ std::string InputFile::ReadAll(std::size_t spare) {
   struct stat info {};
   if (::fstat(fd_, &info) == 0 && S_ISREG(info.st_mode)) {
     bytes.reserve(static_cast<std::size_t>(info.st_size) + spare);
+    PreferHugePages(bytes.data(), bytes.capacity());
   }
   char buffer[1 << 16];
   while (const std::size_t got = Read(buffer, sizeof buffer)) {
