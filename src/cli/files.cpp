@@ -39,32 +39,60 @@ struct NameHash {
   }
 };
 
-// The names in `folder`, or nothing when it cannot be listed.
-std::optional<std::unordered_set<std::string, NameHash, std::equal_to<>>> NamesIn(
-    const std::string& folder) {
+std::string FoldedCase(std::string_view name) {
+  std::string folded(name);
+  for (char& c : folded) {
+    if (c >= 'A' && c <= 'Z') {
+      c = static_cast<char>(c - 'A' + 'a');
+    }
+  }
+  return folded;
+}
+
+// The names a folder holds, for finding which output names may reach a given file.
+struct FolderListing {
+  std::unordered_set<std::string, NameHash, std::equal_to<>> names;
+  // Of the entries that are links or have the file's inode number, in lower case: on a file
+  // system that ignores case, a name spelled differently reaches them too.
+  std::unordered_set<std::string> foldedSuspects;
+  bool unknownKinds = false;  // the system did not say which entries are links
+
+  bool MayReach(std::string_view name) const {
+    return unknownKinds || names.contains(name) ||
+           (!foldedSuspects.empty() && foldedSuspects.contains(FoldedCase(name)));
+  }
+};
+
+// What `folder` holds, or nothing when it cannot be listed.
+std::optional<FolderListing> ListFolder(const std::string& folder, const FileIdentity& file) {
   DIR* dir = ::opendir(folder.c_str());
   if (dir == nullptr) {
     return std::nullopt;
   }
-  std::unordered_set<std::string, NameHash, std::equal_to<>> names;
+  FolderListing listing;
   errno = 0;
   while (const dirent* entry = ::readdir(dir)) {
-    names.emplace(entry->d_name);
+    listing.names.emplace(entry->d_name);
+    listing.unknownKinds = listing.unknownKinds || entry->d_type == DT_UNKNOWN;
+    if (entry->d_type == DT_LNK || entry->d_ino == file.inode) {
+      listing.foldedSuspects.insert(FoldedCase(entry->d_name));
+    }
   }
   const bool complete = errno == 0;
   ::closedir(dir);
   if (!complete) {
     return std::nullopt;
   }
-  return names;
+  return listing;
 }
 
 }  // namespace
 
 void RefuseSameFiles(const std::vector<std::string>& outputs, const FileIdentity& input,
                      const std::string& inputPath) {
-  // A path reaches a file only through a name its folder holds, link or not; the outputs of one
-  // export share a folder or a few.
+  // A path reaches a file only through an entry of its folder, link or not, named as the path
+  // names it (but for case, on some file systems); the outputs of one export share a folder or
+  // a few.
   std::vector<bool> lookUp(outputs.size(), false);
   std::unordered_map<std::string_view, std::vector<std::size_t>> byFolder;
   for (std::size_t i = 0; i < outputs.size(); ++i) {
@@ -77,11 +105,11 @@ void RefuseSameFiles(const std::vector<std::string>& outputs, const FileIdentity
     }
   }
   for (const auto& [folder, indices] : byFolder) {
-    const auto names = NamesIn(std::string(folder));
+    const auto listing = ListFolder(std::string(folder), input);
     for (const std::size_t i : indices) {
       const std::string_view name =
           std::string_view(outputs[i]).substr(folder == "." ? 0 : folder.size());
-      lookUp[i] = !names || names->contains(name);
+      lookUp[i] = !listing || listing->MayReach(name);
     }
   }
   for (std::size_t i = 0; i < outputs.size(); ++i) {
