@@ -52,14 +52,17 @@ std::string FoldedCase(std::string_view name) {
 // The names a folder holds, for finding which output names may reach a given file.
 struct FolderListing {
   std::unordered_set<std::string, NameHash, std::equal_to<>> names;
-  // Of the entries that are links or have the file's inode number, in lower case: on a file
-  // system that ignores case, a name spelled differently reaches them too.
-  std::unordered_set<std::string> foldedSuspects;
+  // The links, in lower case: on a file system that ignores case, a name spelled differently
+  // reaches them too.
+  std::unordered_set<std::string> foldedLinks;
+  // An entry has the file's inode number: on a file system that ignores case, a name equal to
+  // it only after folding beyond ASCII would reach the file itself, so every name is looked up.
+  bool holdsFile = false;
   bool unknownKinds = false;  // the system did not say which entries are links
 
   bool MayReach(std::string_view name) const {
-    return unknownKinds || names.contains(name) ||
-           (!foldedSuspects.empty() && foldedSuspects.contains(FoldedCase(name)));
+    return unknownKinds || holdsFile || names.contains(name) ||
+           (!foldedLinks.empty() && foldedLinks.contains(FoldedCase(name)));
   }
 };
 
@@ -74,8 +77,9 @@ std::optional<FolderListing> ListFolder(const std::string& folder, const FileIde
   while (const dirent* entry = ::readdir(dir)) {
     listing.names.emplace(entry->d_name);
     listing.unknownKinds = listing.unknownKinds || entry->d_type == DT_UNKNOWN;
-    if (entry->d_type == DT_LNK || entry->d_ino == file.inode) {
-      listing.foldedSuspects.insert(FoldedCase(entry->d_name));
+    listing.holdsFile = listing.holdsFile || entry->d_ino == file.inode;
+    if (entry->d_type == DT_LNK) {
+      listing.foldedLinks.insert(FoldedCase(entry->d_name));
     }
   }
   const bool complete = errno == 0;

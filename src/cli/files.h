@@ -19,9 +19,10 @@ std::optional<FileIdentity> IdentityOf(const std::string& path);
 void RefuseSameFile(const std::string& output, const FileIdentity& input,
                     const std::string& inputPath);
 
-// As RefuseSameFile, for each of `outputs` in order. Only the names their folder holds (or, but
-// for case, holds as a link or as the input) are looked up, after one listing of each folder: a
-// design of many small pages would spend longer on a lookup of each name than on writing.
+// As RefuseSameFile, for each of `outputs` in order. After one listing of each folder, only the
+// names it holds (or, but for case, holds as a link) are looked up, and every name of a folder
+// that holds the input: a design of many small pages would spend longer on a lookup of each name
+// than on writing.
 void RefuseSameFiles(const std::vector<std::string>& outputs, const FileIdentity& input,
                      const std::string& inputPath);
 
