@@ -1,8 +1,10 @@
 #include "kalmor/export.h"
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <limits>
 #include <stdexcept>
 #include <unordered_set>
 #include <utility>
@@ -69,10 +71,21 @@ FileStamp StampOf(const struct stat& info) {
 
 // The page files of one design export, kept open, and so locked against other exports, until
 // the completion message has been shown: no page can be replaced between being written and
-// being reported complete. Should the process run out of descriptors, the files held so far
-// are closed and only their stamps kept, to be checked before the message instead.
+// being reported complete. Near the process's limit of descriptors, the files held so far are
+// closed and only their stamps kept, to be checked before the message instead. A spare of
+// descriptors stays free for the host application (and for anything the process must open
+// while a page is written); should the host take them anyway, an open that finds none free
+// releases the held files and tries again.
 class HeldPages {
  public:
+  HeldPages() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY &&
+        limit.rlim_cur < static_cast<rlim_t>(std::numeric_limits<int>::max())) {
+      holdBelow_ = static_cast<int>(limit.rlim_cur) - kSpareDescriptors;
+    }
+  }
+
   OutputFile Open(const std::string& path) {
     return OutputFile(path, [this] {
       const bool any = !files_.empty();
@@ -82,6 +95,10 @@ class HeldPages {
   }
 
   void Keep(OutputFile file) {
+    // The system hands out the lowest free descriptor, so a high one means few are left.
+    if (file.descriptor() >= holdBelow_) {
+      ReleaseAll();
+    }
     file.Hold();
     files_.push_back(std::move(file));
   }
@@ -115,6 +132,9 @@ class HeldPages {
     files_.clear();
   }
 
+  static constexpr int kSpareDescriptors = 64;
+
+  int holdBelow_ = std::numeric_limits<int>::max();
   std::vector<OutputFile> files_;
   std::vector<std::pair<std::string, FileStamp>> released_;
 };

@@ -396,6 +396,9 @@ TEST(OutputTargetTest, ANulInThePathKeepsTheReasonInTheMessage) {
   EXPECT_EQ(std::string(error.what()), "cannot write a\\x00b.dxf: the name holds a NUL character");
 }
 
+// Page files are held open until the export completes, but never so many that the process runs
+// out of descriptors: near the limit the held ones are let go, and so when the host has taken
+// the spare ones.
 TEST(HeldPagesTest, MorePagesThanDescriptorsAreAllWritten) {
   std::vector<std::string> pages = {"S"};
   for (int i = 0; i < 40; ++i) {
@@ -403,20 +406,80 @@ TEST(HeldPagesTest, MorePagesThanDescriptorsAreAllWritten) {
   }
   const auto design = model::ReadDesignDocument(PagesDocument({pages}), "pages.json");
   const std::vector<std::string> expected = ExportPagesInMemory(*design);
-  const TempDir temp;
-  rlimit previous{};
-  getrlimit(RLIMIT_NOFILE, &previous);
-  int highest = 0;
+  std::set<int> inUse;
   for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
-    highest = std::max(highest, std::stoi(entry.path().filename().string()));
+    inUse.insert(std::stoi(entry.path().filename().string()));
   }
-  rlimit few = previous;
-  few.rlim_cur = static_cast<rlim_t>(highest) + 8;
-  setrlimit(RLIMIT_NOFILE, &few);
-  DesignToDXF(design.get(), (temp / "b.dxf").string(), 0, 1, 1);
-  setrlimit(RLIMIT_NOFILE, &previous);
-  for (int i = 0; i < 40; ++i) {
-    EXPECT_EQ(ReadFileBytes(temp / ("b_S_P" + std::to_string(i) + ".dxf")), expected[i]) << i;
+  // The limit under which `free` descriptors are not open (the listing's own is closed again).
+  const auto limitLeaving = [&](int free) {
+    int limit = 0;
+    for (int left = 0; left < free; ++limit) {
+      left += inUse.count(limit) == 0 ? 1 : 0;
+    }
+    return limit;
+  };
+
+  // Before each page the host counts the descriptors it could still open. A greedy one takes
+  // them all at page 20, and gives them back at page 21.
+  class GreedyHost final : public UserInterface {
+   public:
+    void MessageBox(std::string_view, std::string_view, unsigned) override {}
+    std::optional<std::string> SaveFileDialog(const SaveFileDialogSettings&) override {
+      return std::nullopt;
+    }
+    bool AppendToSessionLog(std::string_view) override { return false; }
+    bool WantsExportProgress() const override { return true; }
+    void ShowExportProgress(const ExportProgress& shown) override {
+      for (const int fd : taken) {
+        close(fd);
+      }
+      taken.clear();
+      taken.reserve(4096);
+      for (int fd = open("/dev/null", O_RDONLY | O_CLOEXEC); fd >= 0;
+           fd = open("/dev/null", O_RDONLY | O_CLOEXEC)) {
+        taken.push_back(fd);
+      }
+      fewestSpare = std::min(fewestSpare, static_cast<int>(taken.size()));
+      if (!greedy || shown.index != 20) {
+        for (const int fd : taken) {
+          close(fd);
+        }
+        taken.clear();
+      }
+    }
+    bool greedy = false;
+    std::vector<int> taken;
+    int fewestSpare = std::numeric_limits<int>::max();
+  };
+
+  struct Case {
+    int free;     // descriptors below the limit when the export starts
+    bool greedy;  // whether the host takes the spare ones in the middle
+  };
+  for (const Case& c : {Case{8, false}, Case{100, false}, Case{100, true}}) {
+#ifdef __SANITIZE_ADDRESS__
+    // The sanitizers open descriptors of their own to check a call, and find none.
+    if (c.greedy) {
+      continue;
+    }
+#endif
+    const TempDir temp;
+    GreedyHost host;
+    host.greedy = c.greedy;
+    const ScopedUserInterface scopedUi(host);
+    rlimit previous{};
+    getrlimit(RLIMIT_NOFILE, &previous);
+    rlimit few = previous;
+    few.rlim_cur = static_cast<rlim_t>(limitLeaving(c.free));
+    setrlimit(RLIMIT_NOFILE, &few);
+    DesignToDXF(design.get(), (temp / "b.dxf").string(), 0, 1, 1);
+    setrlimit(RLIMIT_NOFILE, &previous);
+    EXPECT_TRUE(host.taken.empty()) << c.free;
+    EXPECT_GE(host.fewestSpare, std::min(c.free, 64)) << c.free << ' ' << c.greedy;
+    for (int i = 0; i < 40; ++i) {
+      EXPECT_EQ(ReadFileBytes(temp / ("b_S_P" + std::to_string(i) + ".dxf")), expected[i])
+          << c.free << ' ' << c.greedy << ' ' << i;
+    }
   }
 }
 
