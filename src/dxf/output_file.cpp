@@ -117,7 +117,13 @@ OutputFile::OutputFile(std::string path, const std::function<bool()>& freeDescri
       }
       refuse(errno);
     }
-    if (::ftruncate(fd, 0) != 0) {
+    // An empty file is left alone: some file systems take a truncation to nothing as the sign
+    // of a file being replaced, and push its new contents to disk as soon as it is closed,
+    // which for a new file is the whole cost of writing it. The size is read under the lock.
+    if (::fstat(fd, &info) != 0) {
+      refuse(errno);
+    }
+    if (info.st_size != 0 && ::ftruncate(fd, 0) != 0) {
       refuse(errno);
     }
   }
