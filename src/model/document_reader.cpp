@@ -634,29 +634,33 @@ class DocumentReader {
   // Part ids of the schematic being read. The careful reader refuses a repeated id where it
   // stands, naming its first use (the ids are views of its tape, which lasts as long as the
   // reading); the fast one only needs to know whether any id repeats, which it learns at the end
-  // of the schematic from the ids' hashes, sorted, comparing the parts' own ids where two hashes
-  // meet (no map of ids to build).
+  // of the schematic by placing the ids' hashes in an open-addressed table, comparing the parts'
+  // own ids where two hashes meet (no map of ids to build while reading).
   struct PartIds {
     struct Hashed {
       std::size_t hash;
       uint32_t page;
       uint32_t part;
-      auto operator<=>(const Hashed&) const = default;
     };
     std::unordered_map<std::string_view, std::pair<std::size_t, std::size_t>> firstUse;
     std::vector<Hashed> hashed;
 
-    bool AnyTwice(const Schematic& schematic) {
-      std::sort(hashed.begin(), hashed.end());
+    bool AnyTwice(const Schematic& schematic) const {
       const auto id = [&](const Hashed& entry) {
         return schematic.pages[entry.page].parts[entry.part].id.view();
       };
-      for (std::size_t i = 1; i < hashed.size(); ++i) {
-        for (std::size_t j = i; j-- > 0 && hashed[j].hash == hashed[i].hash;) {
-          if (id(hashed[j]) == id(hashed[i])) {
+      const std::size_t mask = std::bit_ceil(2 * hashed.size() + 1) - 1;
+      std::vector<uint32_t> slots(mask + 1, 0);  // an entry's index + 1; 0 when empty
+      for (std::size_t i = 0; i < hashed.size(); ++i) {
+        const Hashed& entry = hashed[i];
+        std::size_t slot = entry.hash & mask;
+        for (; slots[slot] != 0; slot = (slot + 1) & mask) {
+          const Hashed& other = hashed[slots[slot] - 1];
+          if (other.hash == entry.hash && id(other) == id(entry)) {
             return true;
           }
         }
+        slots[slot] = static_cast<uint32_t>(i + 1);
       }
       return false;
     }
