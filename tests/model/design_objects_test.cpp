@@ -124,5 +124,39 @@ TEST(DesignObjects, MeasuredExtentIsThatOfTheShownText) {
   }
 }
 
+// Properties of one design that share all but one of what decides their text and font each get
+// the extent of their own text.
+TEST(DesignObjects, RepeatedPropertyTextsKeepTheirOwnExtents) {
+  struct Case {
+    const char* property;
+    const char* shown;
+    int height;
+  };
+  const Case cases[] = {
+      {R"({"name": "Value", "value": "10k"})", "10k", 0},
+      {R"({"name": "Value", "value": "10k", "display": 2})", "Value = 10k", 0},
+      {R"({"name": "Ref", "value": "10k", "display": 2})", "Ref = 10k", 0},
+      {R"({"name": "Value", "value": "10k", "font": {"height": -40}})", "10k", -40},
+      {R"({"name": "Value", "value": "22k"})", "22k", 0},
+      {R"({"name": "Value", "value": "10k"})", "10k", 0},
+  };
+  std::string properties;
+  for (const Case& c : cases) {
+    properties += (properties.empty() ? "" : ", ") + std::string(c.property);
+  }
+  OnePage page(R"("title_blocks": [{"symbol": {}, "properties": [)" + properties + "]}]");
+  const auto props = page.page()
+                         .NewTitleBlocksIter(page.state)
+                         ->NextTitleBlock(page.state)
+                         ->NewDisplayPropsIter(page.state);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.property);
+    LogFont font;
+    font.lfHeight = c.height;
+    EXPECT_EQ(props->NextProp(page.state)->GetBoundingBox(page.state),
+              MeasureTextExtent(c.shown, font));
+  }
+}
+
 }  // namespace
 }  // namespace kalmor
