@@ -155,7 +155,7 @@ class DocumentReader {
 
   void Read() {
     ReadDocument();
-    LinkHierarchy(data_, rootName_, blocks_);
+    LinkHierarchy(data_, rootName_, blocks_, occurrenceKeys_);
   }
 
  private:
@@ -255,6 +255,7 @@ class DocumentReader {
   void ReadValues(DisplayProp& prop) {
     in_.Map([&](std::string_view path) {
       prop.values.push_back({DesignText(path, TextRole::kName), 0, ShownText()});
+      occurrenceKeys_ = true;
     });
   }
 
@@ -625,6 +626,7 @@ class DocumentReader {
     };
     in_.Map([&](std::string_view path) {
       OccurrencePinText& text = read.pin.occurrences.emplace_back();
+      occurrenceKeys_ = true;
       text.path = DesignText(path, TextRole::kName);
       Own own{text, read.given.emplace_back()};
       in_.Record(Fields<Self, Own>(kFields), *this, own);
@@ -990,7 +992,8 @@ class DocumentReader {
   bool versionRead_ = false;
   std::optional<std::string> rootName_;
   std::vector<BlockRef> blocks_;
-  int vectorDepth_ = 0;  // vectors open around the graphic being read
+  bool occurrenceKeys_ = false;  // whether a value or pin text was keyed by an occurrence path
+  int vectorDepth_ = 0;          // vectors open around the graphic being read
 };
 
 }  // namespace

@@ -16,8 +16,8 @@ constexpr uint64_t kMaxOccurrences = uint64_t{1} << 20;
 class HierarchyLinker {
  public:
   HierarchyLinker(DesignData& data, const std::optional<std::string>& rootName,
-                  const std::vector<BlockRef>& blocks)
-      : data_(data), rootName_(rootName), blocks_(blocks) {}
+                  const std::vector<BlockRef>& blocks, bool anyOccurrenceKeys)
+      : data_(data), rootName_(rootName), blocks_(blocks), anyOccurrenceKeys_(anyOccurrenceKeys) {}
 
   void Link() {
     if (rootName_) {
@@ -48,7 +48,9 @@ class HierarchyLinker {
                                        " occurrences"};
     }
     BuildOccurrences(data_);
-    ResolveOccurrenceKeys();
+    if (anyOccurrenceKeys_) {
+      ResolveOccurrenceKeys();
+    }
     data_.partOrdinals.clear();  // made again if a caller looks a path up
   }
 
@@ -221,6 +223,7 @@ class HierarchyLinker {
   DesignData& data_;
   const std::optional<std::string>& rootName_;
   const std::vector<BlockRef>& blocks_;
+  bool anyOccurrenceKeys_;
 };
 
 }  // namespace
@@ -231,8 +234,8 @@ std::string BlockRef::Pointer() const {
 }
 
 void LinkHierarchy(DesignData& data, const std::optional<std::string>& rootName,
-                   const std::vector<BlockRef>& blocks) {
-  HierarchyLinker(data, rootName, blocks).Link();
+                   const std::vector<BlockRef>& blocks, bool anyOccurrenceKeys) {
+  HierarchyLinker(data, rootName, blocks, anyOccurrenceKeys).Link();
 }
 
 }  // namespace kalmor::model::detail

@@ -21,8 +21,9 @@ struct BlockRef {
 
 // Refuses (with a DocumentFault) a root or block schematic that does not exist, a schematic
 // that contains itself, a hierarchy too large, and per-occurrence texts for paths that name no
-// occurrence of their object.
+// occurrence of their object. A reader that knows no text is keyed by an occurrence path says
+// so (`anyOccurrenceKeys` false), which spares a walk over every object of the design.
 void LinkHierarchy(DesignData& data, const std::optional<std::string>& rootName,
-                   const std::vector<BlockRef>& blocks);
+                   const std::vector<BlockRef>& blocks, bool anyOccurrenceKeys = true);
 
 }  // namespace kalmor::model::detail
