@@ -80,15 +80,23 @@ OutputFile::OutputFile(std::string path) : OutputFile(std::move(path), [] { retu
 
 OutputFile::OutputFile(std::string path, const std::function<bool()>& freeDescriptors)
     : path_(std::move(path)), buffer_(TakeBuffer()) {
-  // A link at the target is not followed: one planted in a shared folder would send the page
-  // to any file the user can write. Opening without blocking keeps a named pipe with no reader
-  // from hanging the export before it is refused below.
-  const auto open = [&] {
-    return ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+  // Most pages go to new files: creating exclusively makes a regular file that is empty and
+  // no other process's, which needs no look before it is locked. A link at the target is not
+  // followed: one planted in a shared folder would send the page to any file the user can
+  // write. Opening without blocking keeps a named pipe with no reader from hanging the export
+  // before it is refused below.
+  const auto open = [&](int flags) {
+    int fd = ::open(path_.c_str(), flags, 0666);
+    if (fd < 0 && (errno == EMFILE || errno == ENFILE) && freeDescriptors()) {
+      fd = ::open(path_.c_str(), flags, 0666);
+    }
+    return fd;
   };
-  int fd = open();
-  if (fd < 0 && (errno == EMFILE || errno == ENFILE) && freeDescriptors()) {
-    fd = open();
+  constexpr int kWrite = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW;
+  int fd = open(kWrite | O_EXCL);
+  const bool created = fd >= 0;
+  if (!created && errno == EEXIST) {
+    fd = open(kWrite | O_NONBLOCK);
   }
   if (fd < 0) {
     throw OpenRefusal(path_, errno);
@@ -102,14 +110,14 @@ OutputFile::OutputFile(std::string path, const std::function<bool()>& freeDescri
   // lock comes first so that a file another export is still writing is refused before anything
   // in it is lost.
   struct stat info {};
-  if (::fstat(fd, &info) != 0) {
+  if (!created && ::fstat(fd, &info) != 0) {
     refuse(errno);
   }
   if (S_ISFIFO(info.st_mode)) {
     ::close(fd);
     throw FileError(path_, "it is a named pipe, not a file");
   }
-  if (S_ISREG(info.st_mode)) {
+  if (created || S_ISREG(info.st_mode)) {
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
       if (errno == EWOULDBLOCK) {
         ::close(fd);
@@ -120,15 +128,15 @@ OutputFile::OutputFile(std::string path, const std::function<bool()>& freeDescri
     // An empty file is left alone: some file systems take a truncation to nothing as the sign
     // of a file being replaced, and push its new contents to disk as soon as it is closed,
     // which for a new file is the whole cost of writing it. The size is read under the lock.
-    if (::fstat(fd, &info) != 0) {
+    if (!created && ::fstat(fd, &info) != 0) {
       refuse(errno);
     }
-    if (info.st_size != 0 && ::ftruncate(fd, 0) != 0) {
+    if (!created && info.st_size != 0 && ::ftruncate(fd, 0) != 0) {
       refuse(errno);
     }
-  }
-  if (const int flags = ::fcntl(fd, F_GETFL);
-      flags < 0 || ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+  } else if (const int flags = ::fcntl(fd, F_GETFL);
+             flags < 0 || ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+    // A device is written as the system's other writers write it, waiting when it is busy.
     refuse(errno);
   }
   fd_ = fd;
