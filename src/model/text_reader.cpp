@@ -8,13 +8,9 @@
 namespace kalmor::model::detail {
 namespace {
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 // The digits at `at`, if any: where they end.
 const char* SkipDigits(const char* at) {
-  while (IsDigit(*at)) {
+  while (IsAsciiDigit(*at)) {
     ++at;
   }
   return at;
@@ -26,7 +22,7 @@ const char* NumberEnd(const char* at, bool& real) {
   at += *at == '-' ? 1 : 0;
   if (*at == '0') {
     ++at;
-  } else if (IsDigit(*at)) {
+  } else if (IsAsciiDigit(*at)) {
     at = SkipDigits(at);
   } else {
     return nullptr;
@@ -34,7 +30,7 @@ const char* NumberEnd(const char* at, bool& real) {
   real = false;
   if (*at == '.') {
     real = true;
-    if (!IsDigit(*++at)) {
+    if (!IsAsciiDigit(*++at)) {
       return nullptr;
     }
     at = SkipDigits(at);
@@ -43,7 +39,7 @@ const char* NumberEnd(const char* at, bool& real) {
     real = true;
     ++at;
     at += *at == '+' || *at == '-' ? 1 : 0;
-    if (!IsDigit(*at)) {
+    if (!IsAsciiDigit(*at)) {
       return nullptr;
     }
     at = SkipDigits(at);
@@ -99,29 +95,6 @@ void TextReader::Expected(std::string_view) {
   Miss();
 }
 
-char TextReader::Next() {
-  while (*at_ == ' ' || *at_ == '\n' || *at_ == '\r' || *at_ == '\t') {
-    ++at_;
-  }
-  return *at_;
-}
-
-bool TextReader::More(char close, bool first) {
-  const char c = Next();
-  if (c == close) {
-    ++at_;
-    return false;
-  }
-  if (first) {
-    return true;
-  }
-  if (c != ',') {
-    Miss();
-  }
-  ++at_;
-  return true;
-}
-
 Token::Kind TextReader::PeekKind() {
   switch (Next()) {
     case '{':
@@ -160,39 +133,17 @@ void TextReader::Finish() {
   }
 }
 
-std::string_view TextReader::PlainKey() {
-  if (Next() != '"') {
-    Miss();
-  }
-  const char* start = ++at_;
-  for (;; ++at_) {
-    const auto c = static_cast<unsigned char>(*at_);
-    if (c == '"') {
-      break;
-    }
-    if (c == '\\' || c < 0x20) {
-      Miss();
-    }
-  }
-  return {start, static_cast<std::size_t>(at_++ - start)};
-}
-
 std::string_view TextReader::ReadString(std::string& scratch) {
   if (Next() != '"') {
     Miss();
   }
   const char* start = ++at_;
-  for (;; ++at_) {
-    const auto c = static_cast<unsigned char>(*at_);
-    if (c == '"') {
-      return {start, static_cast<std::size_t>(at_++ - start)};
-    }
-    if (c == '\\') {
-      break;
-    }
-    if (c < 0x20) {
-      Miss();  // a control character, or the end of the text
-    }
+  at_ = PlainEnd(start);
+  if (*at_ == '"') {
+    return {start, static_cast<std::size_t>(at_++ - start)};
+  }
+  if (*at_ != '\\') {
+    Miss();  // a control character, or the end of the text
   }
   // The text is UTF-8 (checked before reading); only the escapes need decoding.
   scratch.assign(start, at_);
@@ -263,43 +214,8 @@ std::string_view TextReader::StringView() {
   return ReadString(scratch_);
 }
 
-int64_t TextReader::ReadInteger() {
-  Next();
-  const bool negative = *at_ == '-';
-  const char* digits = at_ + (negative ? 1 : 0);
-  constexpr int kMostDigits = 18;  // no overflow of 64 bits
-  int64_t magnitude = 0;
-  const char* end = digits;
-  if (*end == '0') {
-    ++end;
-  } else {
-    // Digits past the most are not added up: the check below leaves such a number to the
-    // careful reader.
-    for (; IsDigit(*end) && end - digits < kMostDigits; ++end) {
-      magnitude = magnitude * 10 + (*end - '0');
-    }
-  }
-  if (end == digits || IsDigit(*end) || *end == '.' || *end == 'e' || *end == 'E') {
-    Miss();
-  }
-  at_ = end;
-  return negative ? -magnitude : magnitude;
-}
-
 std::optional<int64_t> TextReader::Integer() {
   return ReadInteger();
-}
-
-int32_t TextReader::Int32Within(int32_t least, int32_t most, std::string_view) {
-  const int64_t value = ReadInteger();
-  if (value < least || value > most) {
-    Miss();
-  }
-  return static_cast<int32_t>(value);
-}
-
-int32_t TextReader::Coordinate() {
-  return Int32Within(-kCoordinateLimit, kCoordinateLimit, {});
 }
 
 bool TextReader::Boolean() {
@@ -345,27 +261,6 @@ double TextReader::NumberWithin(double least, double most, std::string_view) {
   }
   at_ = end;
   return value;
-}
-
-template <std::size_t N>
-void TextReader::Coordinates(int32_t (&values)[N]) {
-  Expect('[');
-  for (std::size_t i = 0; i < N; ++i) {
-    values[i] = Coordinate();
-    Expect(i + 1 < N ? ',' : ']');
-  }
-}
-
-CPoint TextReader::Point() {
-  int32_t values[2];
-  Coordinates(values);
-  return {values[0], values[1]};
-}
-
-CRect TextReader::Rect() {
-  int32_t values[4];
-  Coordinates(values);
-  return {values[0], values[1], values[2], values[3]};
 }
 
 void TextReader::Points(detail::List<CPoint>& points) {

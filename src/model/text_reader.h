@@ -24,6 +24,7 @@
 #include "model/design_storage.h"
 #include "model/json_tape.h"
 #include "model/record_fields.h"
+#include "model/tape_reader.h"
 
 namespace kalmor::model::detail {
 
@@ -151,6 +152,112 @@ void TextReader::List(Element&& element) {
   for (bool first = true; More(']', first); first = false) {
     element(index++);
   }
+}
+
+// The reader's innermost steps, inline where the document reader calls them.
+
+inline bool IsAsciiDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// The first byte at or past `at` that ends a run of plain string bytes: a quote, a backslash or a
+// control character (such as the zero past the text).
+inline const char* PlainEnd(const char* at) {
+  while (*at != '"' && *at != '\\' && static_cast<unsigned char>(*at) >= 0x20) {
+    ++at;
+  }
+  return at;
+}
+
+inline char TextReader::Next() {
+  while (*at_ == ' ' || *at_ == '\n' || *at_ == '\r' || *at_ == '\t') {
+    ++at_;
+  }
+  return *at_;
+}
+
+inline bool TextReader::More(char close, bool first) {
+  const char c = Next();
+  if (c == close) {
+    ++at_;
+    return false;
+  }
+  if (first) {
+    return true;
+  }
+  if (c != ',') {
+    Miss();
+  }
+  ++at_;
+  return true;
+}
+
+inline std::string_view TextReader::PlainKey() {
+  if (Next() != '"') {
+    Miss();
+  }
+  const char* start = ++at_;
+  at_ = PlainEnd(start);
+  if (*at_ != '"') {
+    Miss();  // an escape, a control character, or the end of the text
+  }
+  return {start, static_cast<std::size_t>(at_++ - start)};
+}
+
+inline int64_t TextReader::ReadInteger() {
+  Next();
+  const bool negative = *at_ == '-';
+  const char* digits = at_ + (negative ? 1 : 0);
+  constexpr int kMostDigits = 18;  // no overflow of 64 bits
+  int64_t magnitude = 0;
+  const char* end = digits;
+  if (*end == '0') {
+    ++end;
+  } else {
+    // Digits past the most are not added up: the check below leaves such a number to the
+    // careful reader.
+    for (; IsAsciiDigit(*end) && end - digits < kMostDigits; ++end) {
+      magnitude = magnitude * 10 + (*end - '0');
+    }
+  }
+  if (end == digits || IsAsciiDigit(*end) || *end == '.' || *end == 'e' || *end == 'E') {
+    Miss();
+  }
+  at_ = end;
+  return negative ? -magnitude : magnitude;
+}
+
+inline int32_t TextReader::Int32Within(int32_t least, int32_t most, std::string_view) {
+  const int64_t value = ReadInteger();
+  if (value < least || value > most) {
+    Miss();
+  }
+  return static_cast<int32_t>(value);
+}
+
+inline int32_t TextReader::Coordinate() {
+  return Int32Within(-kCoordinateLimit, kCoordinateLimit, {});
+}
+
+template <std::size_t N>
+inline void TextReader::Coordinates(int32_t (&values)[N]) {
+  Expect('[');
+  for (std::size_t i = 0; i < N; ++i) {
+    values[i] = Coordinate();
+    Expect(i + 1 < N ? ',' : ']');
+  }
+}
+
+inline CPoint TextReader::Point() {
+  int32_t values[2];
+  Coordinates(values);
+  return {values[0], values[1]};
+}
+
+inline CRect TextReader::Rect() {
+  int32_t values[4];
+  Coordinates(values);
+  return {values[0], values[1], values[2], values[3]};
 }
 
 }  // namespace kalmor::model::detail
