@@ -133,15 +133,7 @@ void TextReader::Finish() {
   }
 }
 
-std::string_view TextReader::ReadString(std::string& scratch) {
-  if (Next() != '"') {
-    Miss();
-  }
-  const char* start = ++at_;
-  at_ = PlainEnd(start);
-  if (*at_ == '"') {
-    return {start, static_cast<std::size_t>(at_++ - start)};
-  }
+std::string_view TextReader::DecodeString(const char* start, std::string& scratch) {
   if (*at_ != '\\') {
     Miss();  // a control character, or the end of the text
   }
@@ -208,10 +200,6 @@ std::string_view TextReader::ReadString(std::string& scratch) {
         Miss();
     }
   }
-}
-
-std::string_view TextReader::StringView() {
-  return ReadString(scratch_);
 }
 
 std::optional<int64_t> TextReader::Integer() {

@@ -98,6 +98,8 @@ class TextReader {
   std::string_view PlainKey();
   // The string at the cursor with its escapes decoded into `scratch` when it has any.
   std::string_view ReadString(std::string& scratch);
+  // The string from `start` on, the cursor where its plain run stopped, decoded into `scratch`.
+  std::string_view DecodeString(const char* start, std::string& scratch);
   // The integer at the cursor, of at most 18 digits; misses on anything else (a real, a
   // larger integer).
   int64_t ReadInteger();
@@ -202,6 +204,22 @@ inline std::string_view TextReader::PlainKey() {
     Miss();  // an escape, a control character, or the end of the text
   }
   return {start, static_cast<std::size_t>(at_++ - start)};
+}
+
+inline std::string_view TextReader::ReadString(std::string& scratch) {
+  if (Next() != '"') {
+    Miss();
+  }
+  const char* start = ++at_;
+  at_ = PlainEnd(start);
+  if (*at_ == '"') {
+    return {start, static_cast<std::size_t>(at_++ - start)};
+  }
+  return DecodeString(start, scratch);
+}
+
+inline std::string_view TextReader::StringView() {
+  return ReadString(scratch_);
 }
 
 inline int64_t TextReader::ReadInteger() {
