@@ -2,9 +2,9 @@
 
 // Where the objects of an in-memory design live. A design holds millions of small objects and
 // texts that are made while it is read and all freed together with it, so they are carved out of
-// large blocks of one Arena (no bookkeeping per object), and the model's lists and texts are
-// eight-byte handles into it (List, Text) rather than the standard containers, which take three
-// to four times that and a heap block each.
+// large blocks of one Arena (no bookkeeping per object, few page faults), and the model's lists
+// and texts are eight-byte handles into it (List, Text) rather than the standard containers,
+// which take three to four times that and a heap block each.
 //
 // Whatever makes a design makes it within an Arena::Scope of that design's arena; lists and texts
 // take their memory from the arena of the innermost scope. Nothing in the arena is destroyed one
