@@ -9,8 +9,10 @@ namespace kalmor::model {
 
 // The extents are measured here, once, so that no getter of the design ever measures (or fails).
 Design::Design(std::unique_ptr<detail::DesignData> data) : data_(std::move(data)) {
-  const detail::Arena::Scope scope(data_->arena);
-  detail::MeasureDisplayProps(data_->schematics);
+  if (!data_->propsMeasured) {
+    const detail::Arena::Scope scope(data_->arena);
+    detail::MeasureDisplayProps(data_->schematics);
+  }
 }
 Design::~Design() = default;
 

@@ -22,6 +22,7 @@ struct DesignData {
 
   std::string name;
   List<Schematic> schematics;       // in document order
+  bool propsMeasured = false;       // every display property has its extent already
   const Schematic* root = nullptr;  // null when there are no schematics
 
   std::vector<Occurrence> occurrences;        // depth-first; the id is the index + 1

@@ -107,6 +107,10 @@ std::unique_ptr<DesignData> ReadFast(std::string_view json, std::size_t padding)
     return nullptr;
   } catch (const DocumentFault&) {
     return nullptr;
+  } catch (const EnvironmentError&) {
+    // No font to measure a text with: the careful reading reports a fault of the document
+    // first, if there is one.
+    return nullptr;
   }
   return data;
 }

@@ -156,6 +156,7 @@ class DocumentReader {
   void Read() {
     ReadDocument();
     LinkHierarchy(data_, rootName_, blocks_, occurrenceKeys_);
+    data_.propsMeasured = !In::kComplains;
   }
 
  private:
@@ -250,6 +251,14 @@ class DocumentReader {
     };
     prop.font = defaultFont_;
     in_.Record(Fields<Self, DisplayProp>(kFields), *this, prop);
+    // The fast reader measures each text while it is at hand, rather than in a walk over the
+    // whole design once it is read; the careful one leaves them to that walk, after it has
+    // checked everything.
+    if constexpr (!In::kComplains) {
+      if (!prop.extent) {
+        prop.extent = extents_.Of(prop);
+      }
+    }
   }
 
   void ReadValues(DisplayProp& prop) {
@@ -992,6 +1001,7 @@ class DocumentReader {
   bool versionRead_ = false;
   std::optional<std::string> rootName_;
   std::vector<BlockRef> blocks_;
+  PropExtents extents_;          // of the fast reader
   bool occurrenceKeys_ = false;  // whether a value or pin text was keyed by an occurrence path
   int vectorDepth_ = 0;          // vectors open around the graphic being read
 };

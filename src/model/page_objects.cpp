@@ -46,49 +46,25 @@ CRect DisplayProp::GetBoundingBox(DboState&) const {
   return extent.value_or(CRect{});
 }
 
-namespace {
-
-// The extents of the property texts measured last. Designs repeat them (values such as "10k",
-// the same references on the pages of one schematic), and a text is measured in the time of
-// many lookups. At most kKept texts are kept, so that a design of distinct texts costs little
-// more memory.
-class PropExtents {
- public:
-  CRect Of(const DisplayProp& prop) {
-    const Key key{prop.font, prop.display, prop.name.view(), prop.value.view()};
-    if (const auto found = extents_.find(key); found != extents_.end()) {
-      return found->second;
-    }
-    const CRect extent =
-        MeasureDisplayPropText(prop.name.str(), prop.value.str(), prop.display, *prop.font);
-    if (extents_.size() == kKept) {
-      extents_.clear();
-    }
-    extents_.emplace(key, extent);
-    return extent;
+CRect PropExtents::Of(const DisplayProp& prop) {
+  const Key key{prop.font, prop.display, prop.name, prop.value};
+  if (const auto found = extents_.find(key); found != extents_.end()) {
+    return found->second;
   }
+  const CRect extent =
+      MeasureDisplayPropText(prop.name.str(), prop.value.str(), prop.display, *prop.font);
+  if (extents_.size() == kKept) {
+    extents_.clear();
+  }
+  extents_.emplace(key, extent);
+  return extent;
+}
 
- private:
-  static constexpr std::size_t kKept = 4096;
-  // The font is interned (one object per distinct font); the texts are the design's own.
-  struct Key {
-    const LogFont* font;
-    DisplayTypeT display;
-    std::string_view name;
-    std::string_view value;
-    bool operator==(const Key&) const = default;
-  };
-  struct KeyHash {
-    std::size_t operator()(const Key& key) const {
-      const std::hash<std::string_view> text;
-      return text(key.value) ^ (text(key.name) * 31) ^ std::hash<const LogFont*>{}(key.font) ^
-             static_cast<std::size_t>(key.display);
-    }
-  };
-  std::unordered_map<Key, CRect, KeyHash> extents_;
-};
-
-}  // namespace
+std::size_t PropExtents::KeyHash::operator()(const Key& key) const {
+  const std::hash<std::string_view> text;
+  return text(key.value) ^ (text(key.name) * 31) ^ std::hash<const LogFont*>{}(key.font) ^
+         static_cast<std::size_t>(key.display);
+}
 
 void MeasureDisplayProps(List<Schematic>& schematics) {
   PropExtents extents;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 #include "kalmor/dbo.h"
 #include "model/design_storage.h"
@@ -269,6 +270,33 @@ struct Schematic final : DboSchematic {
   void GetName(std::string& out, DboState&) const override { out = name.view(); }
   const DboSchematic* AsSchematic() const override { return this; }
   std::unique_ptr<DboSchematicPagesIter> NewPagesIter(DboState& state) const override;
+};
+
+// The extents of the property texts measured last. Designs repeat them (values such as "10k",
+// the same references on the pages of one schematic), and a text is measured in the time of
+// many lookups. At most kKept texts are kept, so that a design of distinct texts costs little
+// more memory.
+class PropExtents {
+ public:
+  // The extent of the text `prop`'s plain value shows. Throws EnvironmentError when no font can
+  // be loaded.
+  CRect Of(const DisplayProp& prop);
+
+ private:
+  static constexpr std::size_t kKept = 4096;
+  // The font is interned (one object per distinct font); texts are kept by value or by where
+  // the design stores them.
+  struct Key {
+    const LogFont* font;
+    DisplayTypeT display;
+    Text name;
+    Text value;
+    bool operator==(const Key&) const = default;
+  };
+  struct KeyHash {
+    std::size_t operator()(const Key& key) const;
+  };
+  std::unordered_map<Key, CRect, KeyHash> extents_;
 };
 
 // Gives every display property without an extent the measured extent of the text its plain

@@ -8,9 +8,11 @@
 #include <gtest/gtest.h>
 
 #include "kalmor/dbo.h"
+#include "kalmor/errors.h"
 #include "model/design.h"
 #include "model/design_reader.h"
 #include "support/page_fixture.h"
+#include "text/font_metrics.h"
 #include "text/text_extent.h"
 
 namespace kalmor {
@@ -125,7 +127,7 @@ TEST(DesignObjects, MeasuredExtentIsThatOfTheShownText) {
 }
 
 // Properties of one design that share all but one of what decides their text and font each get
-// the extent of their own text.
+// the extent of their own text, whichever reading made the design.
 TEST(DesignObjects, RepeatedPropertyTextsKeepTheirOwnExtents) {
   struct Case {
     const char* property;
@@ -144,18 +146,47 @@ TEST(DesignObjects, RepeatedPropertyTextsKeepTheirOwnExtents) {
   for (const Case& c : cases) {
     properties += (properties.empty() ? "" : ", ") + std::string(c.property);
   }
-  OnePage page(R"("title_blocks": [{"symbol": {}, "properties": [)" + properties + "]}]");
-  const auto props = page.page()
-                         .NewTitleBlocksIter(page.state)
-                         ->NextTitleBlock(page.state)
-                         ->NewDisplayPropsIter(page.state);
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.property);
-    LogFont font;
-    font.lfHeight = c.height;
-    EXPECT_EQ(props->NextProp(page.state)->GetBoundingBox(page.state),
-              MeasureTextExtent(c.shown, font));
+  // A member name with an escape is left to the careful reading.
+  for (const char* symbol : {R"("symbol")", R"("symbol")"}) {
+    SCOPED_TRACE(symbol);
+    OnePage page(std::string(R"("title_blocks": [{)") + symbol + R"(: {}, "properties": [)" +
+                 properties + "]}]");
+    const auto props = page.page()
+                           .NewTitleBlocksIter(page.state)
+                           ->NextTitleBlock(page.state)
+                           ->NewDisplayPropsIter(page.state);
+    for (const Case& c : cases) {
+      SCOPED_TRACE(c.property);
+      LogFont font;
+      font.lfHeight = c.height;
+      EXPECT_EQ(props->NextProp(page.state)->GetBoundingBox(page.state),
+                MeasureTextExtent(c.shown, font));
+    }
   }
+}
+
+// A system without fonts: every measurement fails.
+class NoFonts final : public FontMetricsSource {
+ public:
+  bool GetTextMetrics(const LogFont&, TextMetrics&) override { throw Missing(); }
+  TextExtent GetTextExtent(const LogFont&, std::string_view) override { throw Missing(); }
+
+ private:
+  static EnvironmentError Missing() { return EnvironmentError("no fonts"); }
+};
+
+// Without fonts, a document's own faults are still what a reading reports; a sound document
+// fails on its first text to measure.
+TEST(DesignObjects, DocumentFaultsComeBeforeMissingFonts) {
+  NoFonts none;
+  const ScopedFontMetrics scoped(none);
+  const std::string texts = R"("title_blocks": [{"symbol": {}, "properties": [
+      {"name": "Value", "value": "a value measured nowhere else"}]}])";
+  const auto read = [](const std::string& members) {
+    model::ReadDesignDocument(OnePageDesign(members), "t.json");
+  };
+  EXPECT_THROW(read(texts + R"(, "wires": [{"start": [0, 0]}])"), model::DesignDocumentError);
+  EXPECT_THROW(read(texts), EnvironmentError);
 }
 
 }  // namespace
