@@ -13,16 +13,18 @@ thread_local Arena* g_current = nullptr;
 
 // Blocks start small, so that a small design stays small, and double up to the size of a huge
 // page; from there on each block is a huge page or more, which the system is asked to back with
-// huge pages: a design then costs a page fault per two megabytes rather than per four kilobytes.
+// huge pages for the first kMostHugePages of a design: a fault per two megabytes rather than per
+// four kilobytes.
 //
-// Only the first kMostHugePages of a design are asked for huge pages. Each needs two free
-// megabytes in one piece, and a system keeps only so many of those at hand: on a virtual
-// machine whose host takes back what its guest leaves free, the rest are the ones taken back,
-// and filling them waits on the host, 0.9 ms a megabyte against a steady 0.4 ms for ordinary
-// pages (a 50 MB document loaded a tenth of a second slower in about one run of three).
+// Past that, ordinary pages. A huge page needs two free megabytes in one piece, a system keeps
+// only so many of those at hand, and on a virtual machine whose host takes back what its guest
+// leaves free, the rest are the ones taken back: filling them waits on the host, 0.9 ms a
+// megabyte against a steady 0.4 ms for ordinary pages (a 50 MB document loaded a tenth of a
+// second slower in about one run of three). The document text (input/input_file.cpp) asks for
+// as many.
 constexpr std::size_t kFirstBlock = std::size_t{64} << 10;
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
-constexpr std::size_t kMostHugePages = std::size_t{32} << 20;
+constexpr std::size_t kMostHugePages = std::size_t{16} << 20;
 
 }  // namespace
 
