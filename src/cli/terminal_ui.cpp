@@ -17,18 +17,24 @@ std::string ShownPath(std::string_view path) {
   return Shortened(path, kLongestPathShown);
 }
 
-// "page 1 of 3 was completed (a.dxf)", "pages 1 to 2 of 3 were completed (a.dxf to b.dxf)"
-std::string CompletedPages(int count, int total, const std::string& first,
-                           const std::string& last) {
+// Appends "page 1 of 3 was completed (a.dxf)" or "pages 1 to 2 of 3 were completed (a.dxf to
+// b.dxf)", given the paths as shown.
+void AppendCompletedPages(std::string& out, int count, int total, std::string_view first,
+                          std::string_view last) {
   if (count == 0) {
-    return "no page was completed";
+    out += "no page was completed";
+    return;
   }
-  const std::string of = " of " + std::to_string(total);
-  if (count == 1) {
-    return "page 1" + of + " was completed (" + ShownPath(first) + ")";
+  out += count == 1 ? "page 1" : "pages 1 to " + std::to_string(count);
+  out += " of ";
+  out += std::to_string(total);
+  out += count == 1 ? " was completed (" : " were completed (";
+  out += first;
+  if (count > 1) {
+    out += " to ";
+    out += last;
   }
-  return "pages 1 to " + std::to_string(count) + of + " were completed (" + ShownPath(first) +
-         " to " + ShownPath(last) + ")";
+  out += ')';
 }
 
 }  // namespace
@@ -88,19 +94,27 @@ bool TerminalUserInterface::WantsExportProgress() const {
   return true;
 }
 
+// The lines are rebuilt in the same strings for every page, as a design may have hundreds of
+// thousands of them.
 void TerminalUserInterface::TrackPage(const ExportProgress& progress) {
+  std::string shown = ShownPath(progress.fileName);
   if (progress.index == 1) {
-    firstFile_ = progress.fileName;
+    firstShown_ = shown;
   }
-  const int before = progress.index - 1;
-  BeginOutput({progress.fileName, true,
-               "kalmor: interrupted while writing " + ShownPath(progress.fileName) +
-                   ", which was removed; " +
-                   CompletedPages(before, progress.count, firstFile_, previousFile_) + "\n",
-               "kalmor: interrupted; " +
-                   CompletedPages(progress.index, progress.count, firstFile_, progress.fileName) +
-                   "\n"});
-  previousFile_ = progress.fileName;
+  OutputInProgress& output = tracked_;
+  output.path = progress.fileName;
+  output.isPageFile = true;
+  output.ifIncomplete.assign("kalmor: interrupted while writing ");
+  output.ifIncomplete += shown;
+  output.ifIncomplete += ", which was removed; ";
+  AppendCompletedPages(output.ifIncomplete, progress.index - 1, progress.count, firstShown_,
+                       previousShown_);
+  output.ifIncomplete += '\n';
+  output.ifComplete.assign("kalmor: interrupted; ");
+  AppendCompletedPages(output.ifComplete, progress.index, progress.count, firstShown_, shown);
+  output.ifComplete += '\n';
+  BeginOutput(output);
+  previousShown_ = std::move(shown);
 }
 
 void TerminalUserInterface::ShowExportProgress(const ExportProgress& progress) {

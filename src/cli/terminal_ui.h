@@ -9,6 +9,7 @@
 #include <string>
 
 #include "cli/files.h"
+#include "cli/interruption.h"
 #include "cli/unusable_names.h"
 #include "input/shown_text.h"  // Escaped: what messages print
 #include "kalmor/user_interface.h"
@@ -45,8 +46,11 @@ class TerminalUserInterface final : public UserInterface {
   std::vector<std::string> longNames_;
   std::optional<FileIdentity> input_;
   std::string inputPath_;
-  std::string firstFile_;     // of a design export, for the interruption report
-  std::string previousFile_;  // the page before the one being written
+  // Of a design export, for the interruption report: the first page file and the one before
+  // the page being written, as shown, and the report's lines.
+  std::string firstShown_;
+  std::string previousShown_;
+  OutputInProgress tracked_;
 };
 
 // Tells the interruption handler that the single page file at `path` is being written.

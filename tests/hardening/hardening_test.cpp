@@ -555,17 +555,19 @@ TEST(WriteFailureTest, ExportExitsThreeNamingTheFileAndLeavesWhatWasWritten) {
 // An export interrupted in the middle of a page: the cut page file is removed, the pages
 // completed before it stay and are named, and the status tells which signal ended it.
 
-// P2 is a polygon of a million points, some 65 MB of DXF: long enough to be caught writing.
-std::string ThreePagesWithALongOne() {
+// P2 and P3 are polygons of a million points, some 65 MB of DXF each: long enough to be caught
+// writing.
+std::string FourPagesWithTwoLongOnes() {
   std::string points;
   points.reserve(20'000'000);
   for (int i = 0; i < 1'000'000; ++i) {
     points +=
         (i == 0 ? "[" : ", [") + std::to_string(i % 5000) + ", " + std::to_string(i % 7) + "]";
   }
+  const std::string polygon = R"({"type": "polyline", "points": [)" + points + "]}";
   return R"({"kalmor_design": 1, "name": "B", "schematics": [{"name": "S", "pages": [
-      {"name": "P1"}, {"name": "P2", "graphics": [{"type": "polyline", "points": [)" +
-         points + R"(]}]}, {"name": "P3"}]}]})";
+      {"name": "P1"}, {"name": "P2", "graphics": [)" +
+         polygon + R"(]}, {"name": "P3", "graphics": [)" + polygon + R"(]}, {"name": "P4"}]}]})";
 }
 
 bool EndsComplete(const fs::path& path) {
@@ -576,10 +578,22 @@ bool EndsComplete(const fs::path& path) {
 
 TEST(InterruptionTest, TheCutPageIsRemovedAndTheCompletedOnesNamed) {
   const TempDir temp;
-  std::ofstream(temp / "b.json") << ThreePagesWithALongOne();
+  std::ofstream(temp / "b.json") << FourPagesWithTwoLongOnes();
   const fs::path out = temp / "out";
-  for (const auto& [signal, status] : {std::pair{SIGINT, 130}, std::pair{SIGTERM, 143}}) {
-    SCOPED_TRACE(status);
+  const auto file = [&](int page) { return out / ("b_S_P" + std::to_string(page) + ".dxf"); };
+  struct Case {
+    int signal;
+    int status;
+    int cut;  // the page being written when the signal comes
+    std::string completed;
+  };
+  const Case cases[] = {
+      {SIGINT, 130, 2, "page 1 of 4 was completed (" + file(1).string() + ")"},
+      {SIGTERM, 143, 3,
+       "pages 1 to 2 of 4 were completed (" + file(1).string() + " to " + file(2).string() + ")"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.status);
     fs::remove_all(out);
     fs::create_directory(out);
     KalmorProcess export_({"export", (temp / "b.json").string(), "-o", out.string()},
@@ -587,25 +601,28 @@ TEST(InterruptionTest, TheCutPageIsRemovedAndTheCompletedOnesNamed) {
     // Stopped once the long page is begun, so that it is caught before its end.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     std::error_code error;
-    while (fs::file_size(out / "b_S_P2.dxf", error) == 0 || error) {
+    while (fs::file_size(file(c.cut), error) == 0 || error) {
       ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "the long page never began";
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     kill(export_.pid(), SIGSTOP);
-    if (EndsComplete(out / "b_S_P2.dxf")) {
+    if (EndsComplete(file(c.cut))) {
       GTEST_SKIP() << "the long page was written before it could be interrupted";
     }
-    kill(export_.pid(), signal);
+    kill(export_.pid(), c.signal);
     kill(export_.pid(), SIGCONT);
     const CommandResult result = export_.Wait();
 
-    EXPECT_EQ(result.status, status);
-    EXPECT_EQ(result.err, "kalmor: interrupted while writing " + (out / "b_S_P2.dxf").string() +
-                              ", which was removed; page 1 of 3 was completed (" +
-                              (out / "b_S_P1.dxf").string() + ")\n");
-    EXPECT_TRUE(EndsComplete(out / "b_S_P1.dxf"));
-    EXPECT_FALSE(fs::exists(out / "b_S_P2.dxf"));
-    EXPECT_FALSE(fs::exists(out / "b_S_P3.dxf"));
+    EXPECT_EQ(result.status, c.status);
+    EXPECT_EQ(result.err, "kalmor: interrupted while writing " + file(c.cut).string() +
+                              ", which was removed; " + c.completed + "\n");
+    for (int page = 1; page <= 4; ++page) {
+      if (page < c.cut) {
+        EXPECT_TRUE(EndsComplete(file(page))) << page;
+      } else {
+        EXPECT_FALSE(fs::exists(file(page))) << page;
+      }
+    }
   }
 }
 
