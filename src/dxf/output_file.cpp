@@ -81,7 +81,9 @@ OutputFile::OutputFile(std::string path) : OutputFile(std::move(path), [] { retu
 OutputFile::OutputFile(std::string path, const std::function<bool()>& freeDescriptors)
     : path_(std::move(path)), buffer_(TakeBuffer()) {
   // Most pages go to new files: creating exclusively makes a regular file that is empty and
-  // no other process's, which needs no look before it is locked. A link at the target is not
+  // no other process's, which is locked without a look and never emptied (some file systems
+  // take a truncation, even of an empty file, as a file being replaced, and write it to disk
+  // as soon as it is closed). A link at the target is not
   // followed: one planted in a shared folder would send the page to any file the user can
   // write. Opening without blocking keeps a named pipe with no reader from hanging the export
   // before it is refused below.
@@ -110,12 +112,14 @@ OutputFile::OutputFile(std::string path, const std::function<bool()>& freeDescri
   // lock comes first so that a file another export is still writing is refused before anything
   // in it is lost.
   struct stat info {};
-  if (!created && ::fstat(fd, &info) != 0) {
-    refuse(errno);
-  }
-  if (S_ISFIFO(info.st_mode)) {
-    ::close(fd);
-    throw FileError(path_, "it is a named pipe, not a file");
+  if (!created) {
+    if (::fstat(fd, &info) != 0) {
+      refuse(errno);
+    }
+    if (S_ISFIFO(info.st_mode)) {
+      ::close(fd);
+      throw FileError(path_, "it is a named pipe, not a file");
+    }
   }
   if (created || S_ISREG(info.st_mode)) {
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
@@ -125,13 +129,7 @@ OutputFile::OutputFile(std::string path, const std::function<bool()>& freeDescri
       }
       refuse(errno);
     }
-    // An empty file is left alone: some file systems take a truncation to nothing as the sign
-    // of a file being replaced, and push its new contents to disk as soon as it is closed,
-    // which for a new file is the whole cost of writing it. The size is read under the lock.
-    if (!created && ::fstat(fd, &info) != 0) {
-      refuse(errno);
-    }
-    if (!created && info.st_size != 0 && ::ftruncate(fd, 0) != 0) {
+    if (!created && ::ftruncate(fd, 0) != 0) {
       refuse(errno);
     }
   } else if (const int flags = ::fcntl(fd, F_GETFL);
