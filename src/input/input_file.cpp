@@ -1,7 +1,6 @@
 #include "input/input_file.h"
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,26 +10,11 @@
 #include <cstring>
 #include <utility>
 
+#include "input/huge_pages.h"
 #include "input/shown_text.h"
 
 namespace kalmor {
 namespace {
-
-// Asks for huge pages under the first 16 MB of the text being read, when it is large: the system
-// then faults them in a fault per 2 MB instead of one per 4 KB. A hint only; without it, ordinary
-// pages. Beyond those, ordinary pages are steadier: see model/design_storage.cpp.
-void PreferHugePages(char* begin, std::size_t size) {
-#ifdef MADV_HUGEPAGE
-  constexpr std::uintptr_t kHugePage = 2 << 20;
-  const auto first = (reinterpret_cast<std::uintptr_t>(begin) + kHugePage - 1) & ~(kHugePage - 1);
-  constexpr std::size_t kMostHugePages = std::size_t{16} << 20;
-  const auto last =
-      (reinterpret_cast<std::uintptr_t>(begin) + std::min(size, kMostHugePages)) & ~(kHugePage - 1);
-  if (first < last) {
-    ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
-  }
-#endif
-}
 
 std::string KindOf(mode_t mode) {
   if (S_ISDIR(mode)) {
@@ -107,7 +91,7 @@ std::string InputFile::ReadAll(std::size_t spare) {
   struct stat info {};
   if (::fstat(fd_, &info) == 0 && S_ISREG(info.st_mode)) {
     bytes.reserve(static_cast<std::size_t>(info.st_size) + spare);
-    PreferHugePages(bytes.data(), bytes.capacity());
+    PreferHugePages(bytes.data(), std::min(bytes.capacity(), kMostHugePageBytes));
   }
   char buffer[1 << 16];
   while (const std::size_t got = Read(buffer, sizeof buffer)) {

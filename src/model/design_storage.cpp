@@ -1,10 +1,10 @@
 #include "model/design_storage.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
+
+#include "input/huge_pages.h"
 
 namespace kalmor::model::detail {
 namespace {
@@ -12,19 +12,9 @@ namespace {
 thread_local Arena* g_current = nullptr;
 
 // Blocks start small, so that a small design stays small, and double up to the size of a huge
-// page; from there on each block is a huge page or more, which the system is asked to back with
-// huge pages for the first kMostHugePages of a design: a fault per two megabytes rather than per
-// four kilobytes.
-//
-// Past that, ordinary pages. A huge page needs two free megabytes in one piece, a system keeps
-// only so many of those at hand, and on a virtual machine whose host takes back what its guest
-// leaves free, the rest are the ones taken back: filling them waits on the host, 0.9 ms a
-// megabyte against a steady 0.4 ms for ordinary pages (a 50 MB document loaded a tenth of a
-// second slower in about one run of three). The document text (input/input_file.cpp) asks for
-// as many.
+// page; from there on each block is a huge page or more, backed by huge pages for the first
+// megabytes of a design (see input/huge_pages.h).
 constexpr std::size_t kFirstBlock = std::size_t{64} << 10;
-constexpr std::size_t kHugePage = std::size_t{2} << 20;
-constexpr std::size_t kMostHugePages = std::size_t{16} << 20;
 
 }  // namespace
 
@@ -35,20 +25,18 @@ Arena::~Arena() {
 }
 
 void* Arena::NewBlock(std::size_t least) {
-  std::size_t size = std::clamp(allocated_, kFirstBlock, kHugePage);
+  std::size_t size = std::clamp(allocated_, kFirstBlock, kHugePageBytes);
   if (least > size) {
-    size = (least + kHugePage - 1) / kHugePage * kHugePage;
+    size = (least + kHugePageBytes - 1) / kHugePageBytes * kHugePageBytes;
   }
-  const bool huge = size >= kHugePage && allocated_ < kMostHugePages;
-  void* memory = huge ? std::aligned_alloc(kHugePage, size) : std::malloc(size);
+  const bool huge = size >= kHugePageBytes && allocated_ < kMostHugePageBytes;
+  void* memory = huge ? std::aligned_alloc(kHugePageBytes, size) : std::malloc(size);
   if (memory == nullptr) {
     throw std::bad_alloc();
   }
-#ifdef MADV_HUGEPAGE
   if (huge) {
-    ::madvise(memory, size, MADV_HUGEPAGE);  // a hint: without it, ordinary pages
+    PreferHugePages(memory, size);
   }
-#endif
   blocks_.push_back({memory, size});
   allocated_ += size;
   next_ = static_cast<char*>(memory);
