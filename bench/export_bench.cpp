@@ -6,57 +6,21 @@
 // (user and system), which a machine shared with other work leaves steadier.
 
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
-#include <vector>
 
 #include "bench_dir.h"
+#include "run_process.h"
 #include "timing_reporter.h"
 #include "wire_page.h"
-
-extern char** environ;
 
 namespace {
 
 constexpr int64_t kWires = 200000;
-
-// Runs a program with `arguments` and its output thrown away; false unless it exits with 0.
-// Adds the processor seconds it used to `cpu`.
-bool Run(std::vector<std::string> arguments, double& cpu) {
-  std::vector<char*> argv;
-  for (std::string& argument : arguments) {
-    argv.push_back(argument.data());
-  }
-  argv.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-  pid_t pid = 0;
-  const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  int status = 0;
-  rusage usage{};
-  while (spawned == 0 && wait4(pid, &status, 0, &usage) < 0 && errno == EINTR) {
-  }
-  const auto seconds = [](timeval t) { return static_cast<double>(t.tv_sec) + t.tv_usec * 1e-6; };
-  cpu += seconds(usage.ru_utime) + seconds(usage.ru_stime);
-  return spawned == 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
-std::string ReadAll(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 struct Fixture {
   Fixture() {
@@ -69,8 +33,8 @@ struct Fixture {
       std::fprintf(stderr, "the command or the baseline failed\n");
       std::abort();
     }
-    const std::string exported = ReadAll(dir / "out_S_P.dxf");
-    const std::string records = ReadAll(dir / "baseline.dxf");
+    const std::string exported = kalmor::bench::ReadFile(dir / "out_S_P.dxf");
+    const std::string records = kalmor::bench::ReadFile(dir / "baseline.dxf");
     const std::string head =
         " 0\r\nSECTION\r\n 2\r\nHEADER\r\n 9\r\n$ACADVER\r\n 1\r\nAC1009\r\n 0\r\nENDSEC\r\n"
         " 0\r\nSECTION\r\n 2\r\nENTITIES\r\n";
@@ -83,11 +47,12 @@ struct Fixture {
   ~Fixture() { std::filesystem::remove_all(dir); }
 
   bool Export(double& cpu) const {
-    return Run(
+    return kalmor::bench::RunProcess(
         {KALMOR_CLI_PATH, "export", document, "-o", (dir / "out.dxf").string(), "--no-frame"}, cpu);
   }
   bool Baseline(double& cpu) const {
-    return Run({WIRES_BASELINE_PATH, std::to_string(kWires), (dir / "baseline.dxf").string()}, cpu);
+    return kalmor::bench::RunProcess(
+        {WIRES_BASELINE_PATH, std::to_string(kWires), (dir / "baseline.dxf").string()}, cpu);
   }
 
   std::filesystem::path dir;

@@ -17,6 +17,7 @@
 #include "dxf/skeleton.h"
 #include "kalmor/dbo.h"
 #include "kalmor/export.h"
+#include "many_schematics.h"
 #include "model/design.h"
 #include "model/design_reader.h"
 #include "page/page_walk.h"
@@ -36,17 +37,6 @@ std::string DeepChain(int64_t levels) {
       json += R"("kind": "block", "schematic": "L)" + std::to_string(i + 1) + R"(", )";
     }
     json += R"("symbol": {}}]}]})";
-  }
-  return json + "]}";
-}
-
-// `count` schematics of one page each, with a wire so that each page draws something.
-std::string ManySchematics(int64_t count) {
-  std::string json = R"({"kalmor_design": 1, "name": "MANY", "schematics": [)";
-  for (int64_t i = 0; i < count; ++i) {
-    json += i == 0 ? "\n" : ",\n";
-    json += R"({"name": "S)" + std::to_string(i) +
-            R"(", "pages": [{"name": "1", "wires": [{"start": [0, 0], "end": [100, 0]}]}]})";
   }
   return json + "]}";
 }
@@ -106,7 +96,7 @@ BENCHMARK(BM_Design<DeepChain>)
     ->Arg(2000)
     ->Arg(20000)
     ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Design<ManySchematics>)
+BENCHMARK(BM_Design<kalmor::bench::ManySchematics>)
     ->Name("ManySchematics")
     ->Arg(10000)
     ->Arg(100000)
