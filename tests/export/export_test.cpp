@@ -70,6 +70,37 @@ TEST(DesignWalkTest, HierarchyFirstThenTheOtherViewsEachNameOnce) {
                                   "ROOT/R2@0", "Sub/S1@0"));
 }
 
+// Schematics met again after the list of names has grown many times over are still skipped:
+// TOP places each of B0..B299 twice, and every schematic is also met again among the views.
+TEST(DesignWalkTest, ManySchematicsPlacedTwiceAreEachVisitedOnce) {
+  constexpr int kPlaced = 300;
+  std::string parts;
+  std::string schematics;
+  for (int i = 0; i < kPlaced; ++i) {
+    for (const char* copy : {"A", "B"}) {
+      parts += std::string(parts.empty() ? "" : ",") + R"({"id": ")" + copy + std::to_string(i) +
+               R"(", "kind": "block", "schematic": "B)" + std::to_string(i) + R"(", "symbol": {}})";
+    }
+    schematics += R"(, {"name": "B)" + std::to_string(i) + R"(", "pages": [{"name": "1"}]})";
+  }
+  const auto design = model::ReadDesignDocument(
+      R"({"kalmor_design": 1, "name": "MANY", "schematics": [{"name": "TOP", "pages": [{"name": )"
+      R"("1", "parts": [)" +
+          parts + "]}]}" + schematics + "]}",
+      "many.json");
+  std::vector<std::string> visits;
+  DboState state;
+  VisitDesignPages(*design, state, [&](auto&&, auto&&, const std::string& schematic) {
+    visits.push_back(schematic);
+  });
+  std::vector<std::string> expected;
+  for (int i = 0; i < kPlaced; ++i) {
+    expected.push_back("B" + std::to_string(i));
+  }
+  expected.push_back("TOP");
+  EXPECT_EQ(visits, expected);
+}
+
 // A host that answers with no iterators at all: nothing to visit, and no crash.
 TEST(DesignWalkTest, MissingIteratorsAreEmpty) {
   struct NoIterators final : DboDesign {
