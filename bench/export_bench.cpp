@@ -72,15 +72,9 @@ double g_baselineCpu = 0;
 template <bool (Fixture::*Process)(double&) const, double* kCpu>
 void BM_Process(benchmark::State& state) {
   const Fixture& fixture = Shared();  // made before the timing starts
-  double cpu = 0;
-  for (auto _ : state) {
-    if (!(fixture.*Process)(cpu)) {
-      state.SkipWithError("the process failed");
-    }
-  }
-  *kCpu = cpu / static_cast<double>(state.iterations());
-  state.counters["process_cpu_ms"] = *kCpu * 1e3;
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * Shared().bytes));
+  *kCpu = kalmor::bench::TimeProcess(
+      state, static_cast<int64_t>(fixture.bytes),
+      [&](double& cpu) { return (fixture.*Process)(cpu); }, [] {});
 }
 BENCHMARK(BM_Process<&Fixture::Export, &g_exportCpu>)
     ->Name("KalmorExport")

@@ -94,18 +94,9 @@ template <bool (Fixture::*Process)(const std::filesystem::path&, double&) const,
 void BM_Process(benchmark::State& state) {
   const Fixture& fixture = Shared();  // made before the timing starts
   const std::filesystem::path folder = fixture.dir / "out";
-  double cpu = 0;
-  for (auto _ : state) {
-    if (!(fixture.*Process)(folder, cpu)) {
-      state.SkipWithError("the process failed");
-    }
-    state.PauseTiming();
-    std::filesystem::remove_all(folder);
-    state.ResumeTiming();
-  }
-  *kCpu = cpu / static_cast<double>(state.iterations());
-  state.counters["process_cpu_s"] = *kCpu;
-  state.SetBytesProcessed(state.iterations() * fixture.bytes);
+  *kCpu = kalmor::bench::TimeProcess(
+      state, fixture.bytes, [&](double& cpu) { return (fixture.*Process)(folder, cpu); },
+      [&] { std::filesystem::remove_all(folder); });
 }
 BENCHMARK(BM_Process<&Fixture::Export, &g_exportCpu>)
     ->Name("KalmorExport")

@@ -2,12 +2,14 @@
 
 // Runs a program as a child process, as the benchmarks that time the command itself do.
 
+#include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -36,6 +38,26 @@ inline bool RunProcess(std::vector<std::string> arguments, double& cpu) {
   const auto seconds = [](timeval t) { return static_cast<double>(t.tv_sec) + t.tv_usec * 1e-6; };
   cpu += seconds(usage.ru_utime) + seconds(usage.ru_stime);
   return spawned == 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// Times `run(cpu)`, a process run by RunProcess, once per iteration of `state`, calling
+// `between()` untimed after each, and counts `bytes` per run. Returns the processor seconds per
+// run, also shown as the counter "process_cpu_s".
+template <typename Run, typename Between>
+double TimeProcess(benchmark::State& state, int64_t bytes, Run run, Between between) {
+  double cpu = 0;
+  for (auto _ : state) {
+    if (!run(cpu)) {
+      state.SkipWithError("the process failed");
+    }
+    state.PauseTiming();
+    between();
+    state.ResumeTiming();
+  }
+  const double perRun = cpu / static_cast<double>(state.iterations());
+  state.counters["process_cpu_s"] = perRun;
+  state.SetBytesProcessed(state.iterations() * bytes);
+  return perRun;
 }
 
 }  // namespace kalmor::bench
